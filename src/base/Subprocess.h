@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <optional>
+
+namespace vantry {
+
+/// An outside program that is run to its end. The child has no standard input, a process group of its own, and the soft
+/// limit of open files that this program was started with (see raiseOpenFileLimit).
+struct Subprocess
+{
+    QString executable; ///< An absolute path.
+    QStringList arguments;
+    QString workingDirectory; ///< Empty: this program's own.
+    QStringList removedVariables; ///< Names; one that ends in "*" stands for all that begin so.
+    QList<std::pair<QString, QString>> addedVariables;
+    std::chrono::milliseconds timeout { 10'000 }; ///< After it the child's whole process group is killed.
+
+    struct Result
+    {
+        int exitStatus { -1 }; ///< -1: not started, killed by the time-out, or ended by a signal.
+        bool started { false };
+        QByteArray standardOutput;
+        QByteArray standardError;
+    };
+
+    /// Runs it and waits. Any thread; the caller blocks.
+    [[nodiscard]] Result run() const;
+};
+
+/// Raises the soft limit of open files to the hard one, once at start; children get the original back.
+void raiseOpenFileLimit();
+
+} // namespace vantry

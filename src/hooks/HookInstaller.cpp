@@ -1,0 +1,1 @@
+#include "hooks/HookInstaller.h"

@@ -1,0 +1,1 @@
+#include "sessions/GitFacts.h"

@@ -1,0 +1,1 @@
+#include "sessions/SessionChanges.h"

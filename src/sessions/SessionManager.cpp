@@ -1,0 +1,1 @@
+#include "sessions/SessionManager.h"

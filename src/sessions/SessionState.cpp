@@ -1,0 +1,1 @@
+#include "sessions/SessionState.h"

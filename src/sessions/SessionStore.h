@@ -1,0 +1,117 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "base/DebugLog.h"
+#include "base/SerialQueue.h"
+#include "sessions/AgentTool.h"
+#include "sessions/VantrySession.h"
+
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+namespace vantry {
+
+/// A remembered session that was found by a search, or one of the most recent ones.
+struct SessionSearchResult
+{
+    SessionPtr session; ///< Made from the row; never the live record.
+    double rank { 0 };  ///< bm25, lower is better; 0 for recent sessions.
+    std::optional<QString> snippet; ///< The search row's summary, whole.
+};
+
+/// A session read from an old transcript, for the import of the history.
+struct HistoricalSession
+{
+    QString id;
+    QString projectDir;
+    QString projectName;
+    std::optional<QString> gitBranch;
+    QString prompts;
+    QString toolHistory;
+    QString summary;
+    std::optional<QString> firstTimestamp; ///< Both in the store's date form.
+    std::optional<QString> lastTimestamp;
+    QString transcriptPath;
+};
+
+/// The memory of sessions, as SessionManager holds it. Every operation but updateSearchIndex() expects to run on
+/// queue(): callers wrap it in queue().sync() and wait. None throws; each failure is one log line and an empty result.
+class SessionStoring
+{
+public:
+    virtual ~SessionStoring() = default;
+
+    [[nodiscard]] virtual SerialQueue &queue() = 0;
+
+    virtual void open() = 0;
+    virtual void close() = 0;
+    virtual void save(const VantrySession &session) = 0;
+    /// The rows of the last 24 hours, newest first.
+    [[nodiscard]] virtual QList<SessionPtr> loadAll(std::optional<AgentTool> filter) = 0;
+    /// Keeps the newest `limit` rows and their search rows.
+    virtual void prune(std::int64_t limit) = 0;
+
+    /// Puts itself on the queue and waits.
+    virtual void updateSearchIndex(const QString &id, const std::optional<QString> &prompts,
+                                   const std::optional<QString> &tools, const std::optional<QString> &summary) = 0;
+    [[nodiscard]] virtual QList<SessionSearchResult> search(const QString &text, std::int64_t limit) = 0;
+    [[nodiscard]] virtual QList<SessionSearchResult> recentSessions(std::int64_t limit) = 0;
+    /// Ended sessions without a search row.
+    [[nodiscard]] virtual QStringList sessionsNeedingIndex() = 0;
+    virtual void clearSearchIndex() = 0;
+    [[nodiscard]] virtual QSet<QString> indexedSessionIDs() = 0;
+    virtual void insertHistoricalSession(const HistoricalSession &value) = 0;
+};
+
+/// The sessions in one SQLite file. Owns the connection and the queue "com.vantry.sessionstore", which alone touches
+/// it. A database that is broken, locked, read-only or foreign never stops the program.
+class SessionStore final : public SessionStoring
+{
+public:
+    enum class Access { ReadWrite, ReadOnly };
+
+    /// The folder of `dbPath` is made when it is missing. ReadOnly is for the command line, beside a running program:
+    /// nothing is created or changed.
+    SessionStore(QString dbPath, const Clock &clock, Log &log, Access access = Access::ReadWrite);
+    ~SessionStore() override;
+
+    [[nodiscard]] SerialQueue &queue() override { return m_queue; }
+    [[nodiscard]] const QString &dbPath() const { return m_dbPath; }
+    /// Whether the last open() gave a connection. On the queue.
+    [[nodiscard]] bool isOpen() const;
+
+    void open() override;
+    void close() override;
+    void save(const VantrySession &session) override;
+    [[nodiscard]] QList<SessionPtr> loadAll(std::optional<AgentTool> filter) override;
+    void prune(std::int64_t limit) override;
+    void updateSearchIndex(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
+                           const std::optional<QString> &summary) override;
+    [[nodiscard]] QList<SessionSearchResult> search(const QString &text, std::int64_t limit) override;
+    [[nodiscard]] QList<SessionSearchResult> recentSessions(std::int64_t limit) override;
+    [[nodiscard]] QStringList sessionsNeedingIndex() override;
+    void clearSearchIndex() override;
+    [[nodiscard]] QSet<QString> indexedSessionIDs() override;
+    void insertHistoricalSession(const HistoricalSession &value) override;
+
+private:
+    class Connection;
+
+    const QString m_dbPath;
+    const Clock &m_clock;
+    Log &m_log;
+    const Access m_access;
+    std::unique_ptr<Connection> m_db;
+    SerialQueue m_queue { "com.vantry.sessionstore" }; ///< Last: its tasks use all of the above.
+};
+
+/// The user's words as an FTS5 expression: each piece in double quotes with a "*" behind, so that it matches the
+/// beginnings of words; empty when nothing is left to search for.
+[[nodiscard]] QString matchExpression(const QString &text);
+
+} // namespace vantry

@@ -1,0 +1,1 @@
+#include "sessions/VantrySession.h"
