@@ -2,9 +2,6 @@
 
 #include <QString>
 
-#include <functional>
-#include <optional>
-
 namespace vantry {
 
 /// How a call from outside ended.
@@ -16,28 +13,22 @@ struct ControlOutcome
 };
 
 /// What the running application can be asked for from outside. Implemented in app/control/; called on the main thread.
-/// Session identifiers are whole ones.
+/// Session identifiers are whole ones, and may be anything that a caller makes up.
 class ControlRequests
 {
 public:
-    enum class LaunchKind { Fresh, Resume, ContinueLatest };
-
     virtual ~ControlRequests() = default;
 
+    /// Whether hook events can come in.
     [[nodiscard]] virtual bool isListening() const = 0;
     /// The document of `vantry status --json`, as text.
     [[nodiscard]] virtual QString list() const = 0;
     virtual ControlOutcome allow(const QString &sessionID) = 0;
+    /// `stop` makes the agent end its turn, too.
     virtual ControlOutcome deny(const QString &sessionID, bool stop) = 0;
     virtual ControlOutcome alwaysAllow(const QString &sessionID) = 0;
-    virtual ControlOutcome answer(const QString &sessionID, int index) = 0;
-    virtual ControlOutcome send(const QString &sessionID, const QString &text) = 0;
-    virtual ControlOutcome focus(const QString &sessionID) = 0;
     virtual ControlOutcome kill(const QString &sessionID) = 0;
-    virtual ControlOutcome launch(const QString &path, LaunchKind kind, const QString &sessionID,
-                                  const QString &permissionMode) = 0;
-    virtual void showPanel() = 0;
-    virtual void showSettings() = 0;
+    /// Ends the application soon after the call has been answered.
     virtual void quit() = 0;
 };
 
@@ -53,10 +44,12 @@ public:
 
     virtual ~ControlEndpoint() = default;
 
-    /// Takes the name and answers calls from now on. `requests` must outlive the endpoint.
+    /// Takes the name and answers calls from now on. `requests` must outlive the endpoint, or withdraw() be called.
     virtual Publication publish(ControlRequests &requests) = 0;
-    /// Tells the listeners: one session (JSON text), an identifier that left the list, the listener's state, the
-    /// history import's progress.
+    /// Gives the name up; no request is made from now on.
+    virtual void withdraw() = 0;
+    /// Tells the listeners: one session (JSON text), an identifier that left the list, the listener's state. Nothing
+    /// happens while not published.
     virtual void announceChanged(const QString &sessionJson) = 0;
     virtual void announceRemoved(const QString &sessionID) = 0;
     virtual void announceListening(bool listening) = 0;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/ControlClient.h"
+#include "platform/linux/SessionBus.h"
+
+#include <QDBusMessage>
+#include <QObject>
+#include <QVariantList>
+#include <QVariantMap>
+
+namespace vantry {
+
+/// Reaches the running application over the user's session bus. Starts none. Main thread only.
+class DBusControlClient final : public QObject, public ControlClient
+{
+    Q_OBJECT
+
+public:
+    explicit DBusControlClient(const QString &address = sessionBusAddress());
+
+    [[nodiscard]] bool isConnected() const override { return m_bus.isConnected(); }
+    [[nodiscard]] std::variant<QString, ControlFailure> list() override;
+    [[nodiscard]] std::optional<ControlFailure> allow(const QString &sessionID) override;
+    [[nodiscard]] std::optional<ControlFailure> deny(const QString &sessionID, bool stop) override;
+    [[nodiscard]] std::optional<ControlFailure> alwaysAllow(const QString &sessionID) override;
+    [[nodiscard]] std::optional<ControlFailure> kill(const QString &sessionID) override;
+    [[nodiscard]] std::optional<ControlFailure> activate() override;
+    [[nodiscard]] std::optional<ControlFailure> quit() override;
+    void follow(Listener listener) override;
+
+private Q_SLOTS:
+    // Found by name, as Qt connects signals of the bus.
+    void changed(const QString &sessionJson);
+    void removed(const QString &sessionID);
+    void propertiesChanged(const QString &interface, const QVariantMap &values, const QStringList &invalidated);
+    void ownerChanged(const QString &name, const QString &oldOwner, const QString &newOwner);
+    void disconnected();
+
+private:
+    [[nodiscard]] QDBusMessage call(const char *interface, const char *method, const QVariantList &arguments);
+    [[nodiscard]] std::optional<ControlFailure> command(const char *interface, const char *method,
+                                                        const QVariantList &arguments);
+
+    BusConnection m_bus;
+    Listener m_listener;
+};
+
+} // namespace vantry
