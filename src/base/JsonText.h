@@ -1,11 +1,10 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "base/AnyCodable.h"
+#include "base/JsonScalars.h"
 
-#include <QByteArray>
 #include <QString>
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,44 +15,10 @@ namespace vantry {
 /// How deep arrays and objects may nest in JSON from outside; deeper text is refused.
 inline constexpr int maximumJsonDepth = 512;
 
-/// One dynamically typed JSON value: bool, signed 64-bit integer, double, string, array, map or null. Arrays and maps
-/// hold plain values at every depth.
-struct AnyCodableValue
-{
-    nlohmann::json value;
-
-    friend bool operator==(const AnyCodableValue &, const AnyCodableValue &) = default;
-};
-
-/// A map of string to AnyCodableValue, kept as the source text of a JSON object that has been checked in full. Values
-/// are made when they are asked for, and the source goes out again as it came in, digit for digit. Cheap to copy.
-/// Of a key that occurs twice the last one counts. A number that is exactly an integer within 64 bits is an integer (3.0
-/// and 3e0, too), any other a double; one beyond a double's range, like 1e400, is null. A lone surrogate in a string
-/// becomes U+FFFD. Any thread, as any value.
-class AnyCodableMap
-{
-public:
-    AnyCodableMap() = default;
-    /// The text must be a checked JSON object (see checkJson).
-    explicit AnyCodableMap(std::string checkedSource);
-
-    /// Checks the text and makes the map; nothing when it isn't one sound JSON object.
-    [[nodiscard]] static std::optional<AnyCodableMap> fromText(std::string_view text);
-
-    [[nodiscard]] bool isEmpty() const;
-    /// The value under the key; nothing when the key is absent.
-    [[nodiscard]] std::optional<AnyCodableValue> value(std::string_view key) const;
-    /// All of it as one JSON object.
-    [[nodiscard]] nlohmann::json toJson() const;
-    /// The object's text as it came, "{}" for an empty map.
-    [[nodiscard]] std::string_view sourceText() const;
-
-    /// Equal when their values are.
-    friend bool operator==(const AnyCodableMap &a, const AnyCodableMap &b) { return a.toJson() == b.toJson(); }
-
-private:
-    std::shared_ptr<const std::string> m_source;
-};
+/// Whether the text is one sound JSON value, looked at in full: nothing when it is, else one line that says why not.
+/// Arrays and objects nest at most maximumJsonDepth deep. Lone surrogates are sound, a byte order mark is not. The text
+/// needs no padding. Any thread.
+[[nodiscard]] std::optional<std::string> jsonDefect(std::string_view text);
 
 /// One JSON value whose scalars keep their source text, so that a file is written back with no digit and no escape
 /// changed. For the user's own files; not for bulk.
@@ -97,6 +62,8 @@ public:
     friend bool operator==(const JsonText &, const JsonText &) = default;
 
 private:
+    class Format;
+
     Kind m_kind { Kind::Object };
     std::string m_scalar; ///< Source text of a scalar, quotes and escapes included.
     std::vector<JsonText> m_elements;
@@ -110,9 +77,5 @@ struct JsonText::Member
 
     friend bool operator==(const Member &, const Member &) = default;
 };
-
-/// Decodes the inside of a JSON string (what stands between the quotes) to UTF-16; a lone surrogate becomes U+FFFD.
-/// Nothing when an escape is malformed. The bytes must be valid UTF-8.
-[[nodiscard]] std::optional<QString> decodeJsonString(std::string_view inside);
 
 } // namespace vantry
