@@ -4,8 +4,8 @@
 
 #include <QString>
 
-#include <array>
-#include <mutex>
+#include <atomic>
+#include <string>
 #include <string_view>
 
 namespace vantry {
@@ -24,10 +24,12 @@ public:
 /// The debug log's file, with its two writers. Both append to one descriptor with one write per line, so lines never
 /// mix. The file is opened again when the one at the path is another than ours (it was trimmed, moved or deleted), and
 /// made again, with its folder, when it is missing. Control characters in a message are written escaped ("\n" as
-/// backslash and n), so one message is always one line. Owns the descriptor.
+/// backslash and n), so one message is always one line. Any thread may write, and no lock is taken: the number of the
+/// descriptor stays the same for life, and what stands behind it is exchanged in one step (dup3). Owns the descriptor.
 class DebugLog
 {
 public:
+    /// Touches no file before the first line.
     DebugLog(QString path, const Clock &clock);
     ~DebugLog();
     DebugLog(const DebugLog &) = delete;
@@ -47,7 +49,10 @@ private:
     class Writer final : public Log
     {
     public:
-        Writer(DebugLog &file, DateForm form) : m_file(file), m_form(form) {}
+        Writer(DebugLog &file, DateForm form)
+            : m_file(file)
+            , m_form(form)
+        {}
         using Log::write;
         void write(std::string_view message) override;
 
@@ -57,15 +62,14 @@ private:
     };
 
     void append(DateForm form, std::string_view message);
-    void ensureOpen();
-    void trim();
+    [[nodiscard]] bool ensureOpen();
+    [[nodiscard]] bool reopen();
 
     QString m_path;
     std::string m_nativePath;
     const Clock &m_clock;
-    std::mutex m_mutex; ///< Guards everything below: the intake thread writes, too.
-    int m_descriptor { -1 };
-    bool m_trimmed { false };
+    int m_descriptor;
+    std::atomic_flag m_delegateHasWritten;
     Writer m_general { *this, DateForm::General };
     Writer m_delegate { *this, DateForm::Delegate };
 };
