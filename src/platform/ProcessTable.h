@@ -15,6 +15,7 @@ public:
     enum class Signalled {
         Yes,
         NoSuchProcess, ///< Gone, a zombie, or the identifier now belongs to another process.
+        Refused,       ///< The system doesn't let this user signal it.
     };
 
     virtual ~ProcessTable() = default;
