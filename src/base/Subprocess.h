@@ -15,7 +15,7 @@ struct Subprocess
 {
     QString executable; ///< An absolute path.
     QStringList arguments;
-    QString workingDirectory; ///< Empty: this program's own.
+    QString workingDirectory;     ///< Empty: this program's own.
     QStringList removedVariables; ///< Names; one that ends in "*" stands for all that begin so.
     QList<std::pair<QString, QString>> addedVariables;
     std::chrono::milliseconds timeout { 10'000 }; ///< After it the child's whole process group is killed.
