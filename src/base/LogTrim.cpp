@@ -1,15 +1,13 @@
 #include "base/LogTrim.h"
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -28,18 +26,6 @@ bool readAt(int file, off_t position, char *into, std::size_t size)
         into += got;
         position += got;
         size -= static_cast<std::size_t>(got);
-    }
-    return true;
-}
-
-bool writeAll(int file, const char *bytes, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t put = write(file, bytes, size);
-        if (put <= 0)
-            return false;
-        bytes += put;
-        size -= static_cast<std::size_t>(put);
     }
     return true;
 }
@@ -65,13 +51,14 @@ std::optional<off_t> startOfLastPieces(int file, off_t size, std::size_t pieces)
     return std::nullopt;
 }
 
-bool copyRange(int from, off_t begin, off_t end, int to)
+bool copyRange(int from, off_t begin, off_t end, FileReplacement &to)
 {
     std::vector<char> block(blockSize);
     while (begin < end) {
         const auto length = static_cast<std::size_t>(std::min(end - begin, blockSize));
-        if (!readAt(from, begin, block.data(), length) || !writeAll(to, block.data(), length))
+        if (!readAt(from, begin, block.data(), length))
             return false;
+        to.write({ block.data(), length });
         begin += static_cast<off_t>(length);
     }
     return true;
@@ -89,16 +76,9 @@ void trimToLastPieces(const std::string &path, std::size_t pieces)
     const auto begin = startOfLastPieces(file.get(), status.st_size, pieces);
     if (!begin)
         return;
-    const std::unique_ptr<char, decltype(&std::free)> target(realpath(path.c_str(), nullptr), &std::free);
-    if (!target)
-        return;
-    std::string temporary = std::string(target.get()) + ".XXXXXX";
-    const FileDescriptor replacement(mkostemp(temporary.data(), O_CLOEXEC)); // With mode 0600.
-    if (!replacement)
-        return;
-    if (!copyRange(file.get(), *begin, status.st_size, replacement.get()) ||
-        rename(temporary.c_str(), target.get()) != 0)
-        unlink(temporary.c_str());
+    FileReplacement replacement(path, 0600);
+    if (copyRange(file.get(), *begin, status.st_size, replacement))
+        static_cast<void>(replacement.commit());
 }
 
 } // namespace vantry
