@@ -7,9 +7,9 @@ namespace vantry {
 /// Where things are kept. Made once in main() from the environment and handed on; nothing else asks for the home.
 struct Paths
 {
-    QString home;        ///< The user's home directory.
-    QString dataFolder;  ///< Database and debug log; made with mode 0700.
-    QString configFile;  ///< The settings, one flat JSON object.
+    QString home;          ///< The user's home directory.
+    QString dataFolder;    ///< Database and debug log; made with mode 0700.
+    QString configFile;    ///< The settings, one flat JSON object.
     QString runtimeFolder; ///< $XDG_RUNTIME_DIR, empty where there is none.
 
     [[nodiscard]] QString database() const { return dataFolder + QStringLiteral("/vantry.db"); }

@@ -6,7 +6,8 @@
 
 namespace vantry {
 
-/// A timer that was scheduled. Destroying or assigning over it cancels it; a default-made one is idle. Main thread only.
+/// A timer that was scheduled. Destroying or assigning over it cancels it; a default-made one is idle. Main thread
+/// only.
 class ScheduledTimer
 {
 public:
@@ -19,7 +20,9 @@ public:
     };
 
     ScheduledTimer() = default;
-    explicit ScheduledTimer(std::unique_ptr<Entry> entry) : m_entry(std::move(entry)) {}
+    explicit ScheduledTimer(std::unique_ptr<Entry> entry)
+        : m_entry(std::move(entry))
+    {}
 
     void cancel() { m_entry.reset(); }
     [[nodiscard]] bool isActive() const { return m_entry && m_entry->isActive(); }
