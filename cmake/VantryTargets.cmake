@@ -30,12 +30,48 @@ function(vantry_library folder)
     target_link_libraries(${target} PUBLIC vantry_options ${ARG_USES})
 endfunction()
 
+# What the sanitizers are told, for every test. Set on the tests, so that a plain ctest has it, too.
+set(vantry_test_environment
+    "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1"
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+    "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1:second_deadlock_stack=1"
+    "UBSAN_OPTIONS=print_stacktrace=1")
+
 # vantry_test(<name> SOURCES <file>... [USES <library>...] [LABELS <label>...] [PROPERTIES <name> <value>...])
+# One test program. Each of its tests is a test of its own for ctest.
 function(vantry_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;USES;LABELS;PROPERTIES")
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE vantry_test_support ${ARG_USES})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES
-        TIMEOUT 120 LABELS "${ARG_LABELS}" ${ARG_PROPERTIES})
+    if(ARG_LABELS)
+        list(APPEND ARG_PROPERTIES LABELS "${ARG_LABELS}")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 ${ARG_PROPERTIES})
+    # gtest_discover_tests takes no property that is a list, as ENVIRONMENT is: it is set behind it.
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/${name}-environment.cmake)
+    file(CONFIGURE OUTPUT ${script} @ONLY CONTENT [=[
+if(@name@_TESTS)
+    set_tests_properties(${@name@_TESTS} PROPERTIES ENVIRONMENT "@vantry_test_environment@")
+endif()
+]=])
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${script})
+endfunction()
+
+# vantry_fuzz(<name> USES <library>...)
+# The fuzz target fuzz/<name>Fuzzer.cpp, and a test that runs it for a short time, starting from fuzz/corpus/<name>.
+# What it finds new is kept in the build folder, and used again.
+function(vantry_fuzz name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "USES")
+    set(target ${name}Fuzzer)
+    set(found ${CMAKE_CURRENT_BINARY_DIR}/found/${name})
+    file(MAKE_DIRECTORY ${found})
+    add_executable(${target} ${target}.cpp)
+    target_link_libraries(${target} PRIVATE ${ARG_USES})
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+    add_dependencies(fuzzers ${target})
+    add_test(NAME ${target}
+        COMMAND ${target} -max_total_time=${VANTRY_FUZZ_SECONDS} -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
+            -artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/ ${found} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+    set_tests_properties(${target} PROPERTIES TIMEOUT 600 LABELS fuzz ENVIRONMENT "${vantry_test_environment}")
 endfunction()
