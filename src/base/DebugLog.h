@@ -18,6 +18,7 @@ public:
     virtual ~Log() = default;
 
     virtual void write(std::string_view message) = 0;
+    void write(const char *message) { write(std::string_view(message)); }
     void write(const QString &message) { write(std::string_view(message.toStdString())); }
 };
 
