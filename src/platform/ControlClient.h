@@ -29,10 +29,10 @@ public:
     /// What is told about the running application; an unset function is not told.
     struct Listener
     {
-        std::function<void(const QString &sessionJson)> onChanged;
-        std::function<void(const QString &sessionID)> onRemoved;
-        std::function<void(bool listening)> onListening;
-        std::function<void()> onGone; ///< The application has ended, or can't be reached any more.
+        std::function<void(const QString &sessionJson)> onChanged {};
+        std::function<void(const QString &sessionID)> onRemoved {};
+        std::function<void(bool listening)> onListening {};
+        std::function<void()> onGone {}; ///< The application has ended, or can't be reached any more.
     };
 
     virtual ~ControlClient() = default;
