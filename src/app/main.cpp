@@ -1,1 +1,115 @@
-int main() { return 0; }
+#include "app/CommandLine.h"
+#include "app/Launch.h"
+#include "app/Platform.h"
+#include "app/SignalHandler.h"
+#include "app/control/Console.h"
+#include "app/control/Doctor.h"
+#include "app/control/HistoryCommands.h"
+#include "app/control/HookCommands.h"
+#include "app/control/SessionCommands.h"
+#include "app/control/WatchCommand.h"
+#include "hooks/HTTPHookServer.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+
+using namespace vantry;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Runs one command and gives its exit code. Each call needs the application object but help and version, which have
+/// been dealt with before there is one.
+class Runner
+{
+public:
+    explicit Runner(StandardConsole &console)
+        : m_console(console)
+    {}
+
+    int operator()(const command::Help &) { return print(helpText()); }
+    int operator()(const command::Version &) { return print(u"vantry " VANTRY_VERSION "\n"_s); }
+    int operator()(const command::Start &start) { return runApplication(start, m_console); }
+    int operator()(const command::Status &status) { return runStatus(status, *client(), m_console, port); }
+    int operator()(const command::Watch &watch)
+    {
+        const auto running = client();
+        WatchCommand command(watch, *running, m_console, m_clock, [](int code) { QCoreApplication::exit(code); });
+        const SignalHandler endingSignals([] { QCoreApplication::quit(); });
+        const auto code = command.start(port);
+        return code ? *code : QCoreApplication::exec();
+    }
+    int operator()(const command::Allow &allow) { return runAllow(allow, *client(), m_console); }
+    int operator()(const command::Deny &deny) { return runDeny(deny, *client(), m_console); }
+    int operator()(const command::AlwaysAllow &allow) { return runAlwaysAllow(allow, *client(), m_console); }
+    int operator()(const command::Kill &kill) { return runKill(kill, *client(), m_console); }
+    int operator()(const command::Search &search) { return runSearch(search, m_paths, m_console, m_clock); }
+    int operator()(const command::Recent &recent) { return runRecent(recent, m_paths, m_console, m_clock); }
+    int operator()(const command::HookInstall &install)
+    {
+        return runHookInstall(install, HookInstaller(m_paths.home), port, m_console);
+    }
+    int operator()(const command::HookStatus &status)
+    {
+        return runHookStatus(status, HookInstaller(m_paths.home), m_console);
+    }
+    int operator()(const command::Doctor &doctor)
+    {
+        const auto running = client();
+        const auto peers = platform::makePeerIdentity();
+        const auto ports = platform::makeListeningPorts();
+        const DoctorChecks checks({ m_paths, *running, *peers, *ports, {}, port });
+        return printDoctor(doctor, checks.all(), m_console);
+    }
+    int operator()(const command::Quit &)
+    {
+        QtScheduler scheduler;
+        return runQuit(*client(), m_console, scheduler);
+    }
+
+private:
+    static constexpr std::uint16_t port = HTTPHookServer::defaultPort;
+
+    static std::unique_ptr<ControlClient> client() { return platform::makeControlClient(); }
+
+    int print(const QString &text)
+    {
+        m_console.print(text.toStdString());
+        return exitCode::done;
+    }
+
+    StandardConsole &m_console;
+    const Paths m_paths = Paths::fromEnvironment();
+    const SystemClock m_clock;
+};
+
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // A reader that has gone is an error of the write, not the end of the process. A handler, unlike SIG_IGN, is not
+    // handed on to what is started from here.
+    std::signal(SIGPIPE, [](int) {});
+
+    StandardConsole console;
+    const auto parsed = parseCommandLine(argumentsOf(argc, argv));
+    if (const auto *error = std::get_if<UsageError>(&parsed)) {
+        console.printError(u"%1; see \"vantry --help\""_s.arg(error->message).toStdString());
+        return exitCode::usage;
+    }
+    const auto &command = std::get<Command>(parsed);
+    std::optional<QCoreApplication> application;
+    if (!std::holds_alternative<command::Help>(command) && !std::holds_alternative<command::Version>(command))
+        application.emplace(argc, argv);
+    const int code = std::visit(Runner(console), command);
+    return console.hasFailed() ? exitCode::refused : code;
+}

@@ -1,0 +1,110 @@
+#include "app/AppDelegate.h"
+
+#include <QCoreApplication>
+
+#include <exception>
+
+namespace vantry {
+
+using namespace std::chrono_literals;
+using namespace std::string_view_literals;
+
+AppDelegate::AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort)
+    : m_paths(std::move(paths))
+    , m_ports(ports)
+    , m_httpServer(ports.mainQueue, ports.scheduler, m_log.general(), ports.peers, hookPort)
+    , m_control({ ports.clock, m_httpServer, m_sessionManager, m_pendingPermissions, m_sessionActions, m_sessionChanges,
+                  ports.controlEndpoint },
+                m_paths.home)
+{
+    m_control.onQuit = [this] { quitApp(); };
+}
+
+ControlEndpoint::Publication AppDelegate::publishControl()
+{
+    const auto publication = m_control.publish();
+    if (publication == ControlEndpoint::Publication::Unavailable)
+        m_log.general().write("AppDelegate: no session bus, Vantry can't be controlled from outside"sv);
+    return publication;
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    m_log.delegate().write("applicationDidFinishLaunching started"sv);
+    m_sessionManager.restoreSessions();
+    connectHookIntake();
+    connectHeldPermissions();
+    startHttpServer();
+    startTimers();
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    m_httpServer.stop();
+    m_pendingPermissions.cleanup();
+    closeStore();
+    m_livenessTimer.cancel();
+    m_cleanupTimer.cancel();
+    // Last: whoever waits for the name to go finds everything else ended.
+    m_control.withdraw();
+}
+
+void AppDelegate::quitApp()
+{
+    QCoreApplication::quit();
+}
+
+void AppDelegate::connectHookIntake()
+{
+    m_httpServer.onPermissionRequest = [this](const HookEvent &event, HookConnectionPtr connection) {
+        m_pendingPermissions.add(event, std::move(connection));
+    };
+    m_httpServer.onEventReceived = [this](const HookEvent &event) { fanOut(event); };
+}
+
+void AppDelegate::connectHeldPermissions()
+{
+    connect(&m_pendingPermissions, &PendingPermissionStore::pendingChanged, this, [this](const QString &sessionID) {
+        m_sessionManager.heldRequestsChanged(sessionID);
+        m_sessionChanges.touch(sessionID);
+    });
+}
+
+void AppDelegate::startHttpServer()
+{
+    try {
+        m_httpServer.start();
+        m_log.delegate().write("HTTP hook server started on port: " + std::to_string(m_httpServer.port()));
+    } catch (const std::exception &error) {
+        m_log.delegate().write(std::string("FAILED to start HTTP hook server: ") + error.what());
+    }
+}
+
+void AppDelegate::startTimers()
+{
+    m_livenessTimer = m_ports.scheduler.every(10s, [this] { m_sessionManager.checkLiveness(); });
+    m_cleanupTimer = m_ports.scheduler.every(300s, [this] { m_sessionManager.cleanUpSessions(); });
+}
+
+void AppDelegate::fanOut(const HookEvent &event)
+{
+    const HookEventType type = event.eventType();
+    m_log.delegate().write("onEvent fired: " + std::string(rawValue(type)) +
+                           " session=" + event.sessionID.toStdString());
+    const SessionPtr session = m_sessionManager.session(event.sessionID);
+    const bool waitedForPermission = session && session->state() == SessionState::needsPermission;
+
+    m_sessionManager.handleEvent(event);
+
+    if (type == HookEventType::sessionEnd || type == HookEventType::taskCompleted)
+        m_pendingPermissions.dismissAll(event.sessionID);
+    else if (event.isInterrupt.value_or(false) && waitedForPermission)
+        m_pendingPermissions.dismissAll(event.sessionID, event.agentId);
+}
+
+void AppDelegate::closeStore()
+{
+    m_store.queue().sync([this] { m_store.close(); });
+}
+
+} // namespace vantry

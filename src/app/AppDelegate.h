@@ -1,0 +1,85 @@
+#pragma once
+
+#include "app/SessionActions.h"
+#include "app/control/ControlService.h"
+#include "base/Clock.h"
+#include "base/DebugLog.h"
+#include "base/MainQueue.h"
+#include "base/Paths.h"
+#include "base/Scheduler.h"
+#include "base/WorkerPool.h"
+#include "hooks/HTTPHookServer.h"
+#include "platform/ControlEndpoint.h"
+#include "platform/PeerIdentity.h"
+#include "platform/ProcessTable.h"
+#include "sessions/GitFacts.h"
+#include "sessions/LiveProcessChecker.h"
+#include "sessions/PendingPermissionStore.h"
+#include "sessions/SessionChanges.h"
+#include "sessions/SessionManager.h"
+#include "sessions/SessionStore.h"
+
+#include <QObject>
+
+namespace vantry {
+
+/// The composition root: owns every long-lived service, connects them at start-up and ends them in order. No service
+/// knows another but through what is connected here. Main thread only.
+class AppDelegate final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// What the system underneath gives; all of it must outlive the delegate.
+    struct Ports
+    {
+        const Clock &clock;
+        Scheduler &scheduler;
+        MainQueue &mainQueue;
+        ProcessTable &processes;
+        PeerIdentity &peers;
+        ControlEndpoint &controlEndpoint;
+    };
+
+    AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort = HTTPHookServer::defaultPort);
+
+    /// Takes the name by which other programs reach this one. Comes before the start-up: where another instance owns
+    /// the name, nothing may have been touched.
+    ControlEndpoint::Publication publishControl();
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+    /// Terminates the application.
+    void quitApp();
+
+    [[nodiscard]] HTTPHookServer &httpServer() { return m_httpServer; }
+    [[nodiscard]] PendingPermissionStore &pendingPermissions() { return m_pendingPermissions; }
+    [[nodiscard]] SessionManager &sessionManager() { return m_sessionManager; }
+    [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
+
+private:
+    void connectHookIntake();
+    void connectHeldPermissions();
+    void startHttpServer();
+    void startTimers();
+    void fanOut(const HookEvent &event);
+    void closeStore();
+
+    const Paths m_paths;
+    const Ports m_ports;
+    DebugLog m_log { m_paths.debugLog(), m_ports.clock };
+    WorkerPool m_workers;
+    HTTPHookServer m_httpServer;
+    PendingPermissionStore m_pendingPermissions { m_ports.clock, m_ports.scheduler, m_log.general() };
+    SessionStore m_store { m_paths.database(), m_ports.clock, m_log.general() };
+    LiveProcessChecker m_processChecker { m_ports.processes };
+    GitFacts m_gitFacts { m_ports.mainQueue, m_workers };
+    SessionManager m_sessionManager { m_store,       m_processChecker, m_gitFacts, m_pendingPermissions,
+                                      m_ports.clock, m_log.general() };
+    SessionActions m_sessionActions { m_sessionManager, m_pendingPermissions };
+    SessionChanges m_sessionChanges { m_sessionManager, m_ports.mainQueue };
+    ControlService m_control;
+    ScheduledTimer m_livenessTimer;
+    ScheduledTimer m_cleanupTimer;
+};
+
+} // namespace vantry

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <variant>
+
+namespace vantry {
+
+/// How a command prints what it found: a table for people, or one JSON document.
+enum class OutputForm { Text, Json };
+
+/// What the program was called for; one small type for each command.
+namespace command {
+
+struct Start
+{
+    enum class Windows { WhereThereIsADisplay, None };
+    Windows windows { Windows::WhereThereIsADisplay };
+    friend bool operator==(const Start &, const Start &) = default;
+};
+struct Help
+{
+    friend bool operator==(const Help &, const Help &) = default;
+};
+struct Version
+{
+    friend bool operator==(const Version &, const Version &) = default;
+};
+struct Status
+{
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Status &, const Status &) = default;
+};
+struct Watch
+{
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Watch &, const Watch &) = default;
+};
+struct Allow
+{
+    QString id; ///< Here and below: an identifier or a leading part of one, not empty.
+    friend bool operator==(const Allow &, const Allow &) = default;
+};
+struct Deny
+{
+    enum class Agent { GoesOn, Stops };
+    QString id;
+    Agent agent { Agent::GoesOn };
+    friend bool operator==(const Deny &, const Deny &) = default;
+};
+struct AlwaysAllow
+{
+    QString id;
+    friend bool operator==(const AlwaysAllow &, const AlwaysAllow &) = default;
+};
+struct Kill
+{
+    QString id;
+    friend bool operator==(const Kill &, const Kill &) = default;
+};
+struct Search
+{
+    QStringList words; ///< At least one.
+    int limit { 20 };  ///< At least 1.
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Search &, const Search &) = default;
+};
+struct Recent
+{
+    int limit { 20 }; ///< At least 1.
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Recent &, const Recent &) = default;
+};
+struct HookInstall
+{
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const HookInstall &, const HookInstall &) = default;
+};
+struct HookStatus
+{
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const HookStatus &, const HookStatus &) = default;
+};
+struct Doctor
+{
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Doctor &, const Doctor &) = default;
+};
+struct Quit
+{
+    friend bool operator==(const Quit &, const Quit &) = default;
+};
+
+} // namespace command
+
+using Command =
+    std::variant<command::Start, command::Help, command::Version, command::Status, command::Watch, command::Allow,
+                 command::Deny, command::AlwaysAllow, command::Kill, command::Search, command::Recent,
+                 command::HookInstall, command::HookStatus, command::Doctor, command::Quit>;
+
+/// Why a command line can't be understood, as one line for a person.
+struct UsageError
+{
+    QString message;
+};
+
+/// Reads the arguments behind the program's name. Pure. "--" ends the options; "--help" anywhere before it asks for
+/// help.
+[[nodiscard]] std::variant<Command, UsageError> parseCommandLine(const QStringList &arguments);
+
+/// What `vantry --help` prints.
+[[nodiscard]] QString helpText();
+
+} // namespace vantry

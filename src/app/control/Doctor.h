@@ -1,0 +1,79 @@
+#pragma once
+
+#include "app/CommandLine.h"
+#include "app/control/Console.h"
+#include "app/control/HealthProbe.h"
+#include "app/control/SessionJson.h"
+#include "base/Paths.h"
+#include "platform/ControlClient.h"
+#include "platform/ListeningPorts.h"
+#include "platform/PeerIdentity.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace vantry {
+
+/// One thing that Vantry leans on, and whether it is in order.
+struct DoctorCheck
+{
+    /// Whether sessions can be shown and answered without it.
+    enum class Weight { Essential, Helpful };
+
+    QString name {};
+    bool ok { false };
+    QString detail {};                ///< What was found; one line.
+    std::optional<QString> advice {}; ///< What to do about it; nothing when all is well.
+    Weight weight { Weight::Helpful };
+};
+
+/// Looks at everything that Vantry leans on, without changing it. Each operation is one check; the larger ones start
+/// programs or wait for sockets, some seconds at most. Main thread only.
+class DoctorChecks
+{
+public:
+    struct Surroundings
+    {
+        const Paths &paths;
+        ControlClient &client;
+        PeerIdentity &peers;
+        const ListeningPorts &ports;
+        QStringList searchPath; ///< The folders in which programs are looked for.
+        std::uint16_t port;
+    };
+
+    explicit DoctorChecks(const Surroundings &surroundings)
+        : m_surroundings(surroundings)
+    {}
+
+    [[nodiscard]] QList<DoctorCheck> all() const;
+
+    [[nodiscard]] DoctorCheck application() const;
+    [[nodiscard]] DoctorCheck listener() const;
+    [[nodiscard]] DoctorCheck sessionBus() const;
+    [[nodiscard]] DoctorCheck hook() const;
+    [[nodiscard]] DoctorCheck python() const;
+    [[nodiscard]] DoctorCheck agent() const;
+    [[nodiscard]] DoctorCheck git() const;
+    [[nodiscard]] DoctorCheck database() const;
+    [[nodiscard]] DoctorCheck dataFolder() const;
+    [[nodiscard]] DoctorCheck log() const;
+    [[nodiscard]] DoctorCheck peerIdentity() const;
+
+private:
+    [[nodiscard]] QString find(const QString &program) const;
+
+    Surroundings m_surroundings;
+};
+
+[[nodiscard]] Json doctorJson(const QList<DoctorCheck> &checks);
+[[nodiscard]] QString doctorText(const QList<DoctorCheck> &checks, const TextStyle &style);
+/// Prints the checks. "Refused" when an essential one has failed.
+[[nodiscard]] int printDoctor(const command::Doctor &command, const QList<DoctorCheck> &checks, Console &console);
+
+} // namespace vantry

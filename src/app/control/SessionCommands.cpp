@@ -1,0 +1,141 @@
+#include "app/control/SessionCommands.h"
+
+#include "app/control/SessionJson.h"
+#include "app/control/StatusText.h"
+
+#include <QEventLoop>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+
+namespace vantry {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+int fail(const ControlFailure &failure, Console &console)
+{
+    console.printError(failure.reason.toStdString());
+    return failure.kind == ControlFailure::Kind::NotRunning ? exitCode::notRunning : exitCode::refused;
+}
+
+using SessionCall = std::function<std::optional<ControlFailure>(const QString &sessionID)>;
+
+/// Finds out which session is meant, then asks for the call.
+int runOnSession(const QString &given, ControlClient &client, Console &console, const SessionCall &call)
+{
+    const auto reply = client.list();
+    if (const auto *failure = std::get_if<ControlFailure>(&reply))
+        return fail(*failure, console);
+    const auto status = StatusDocument::fromText(std::get<QString>(reply));
+    if (!status) {
+        console.printError("the running Vantry gave an answer that can't be read");
+        return exitCode::refused;
+    }
+    QStringList ids;
+    for (const SessionRow &session : status->sessions)
+        ids.append(session.id);
+
+    const auto chosen = chooseSession(ids, given);
+    if (const auto *errors = std::get_if<QStringList>(&chosen)) {
+        for (const QString &error : *errors)
+            console.printError(error.toStdString());
+        return exitCode::refused;
+    }
+    const auto failure = call(std::get<QString>(chosen));
+    return failure ? fail(*failure, console) : exitCode::done;
+}
+
+} // namespace
+
+std::variant<QString, QStringList> chooseSession(const QStringList &ids, const QString &given)
+{
+    if (ids.contains(given))
+        return given;
+    QStringList fitting;
+    std::ranges::copy_if(ids, std::back_inserter(fitting), [&](const QString &id) { return id.startsWith(given); });
+    if (fitting.size() == 1)
+        return fitting.first();
+    if (fitting.isEmpty())
+        return QStringList { u"no session's ID begins with \"%1\""_s.arg(given) };
+    QStringList errors { u"\"%1\" fits %2 sessions:"_s.arg(given, QString::number(fitting.size())) };
+    errors.append(fitting);
+    return errors;
+}
+
+int printNoList(const ControlFailure &failure, OutputForm form, Console &console, std::uint16_t port)
+{
+    if (failure.kind != ControlFailure::Kind::NotRunning || form == OutputForm::Text)
+        return fail(failure, console);
+    console.print(jsonLine(statusJson(false, false, port, {})) + '\n');
+    return exitCode::notRunning;
+}
+
+int runStatus(const command::Status &command, ControlClient &client, Console &console, std::uint16_t port)
+{
+    const auto reply = client.list();
+    if (const auto *failure = std::get_if<ControlFailure>(&reply))
+        return printNoList(*failure, command.form, console, port);
+    const QString document = std::get<QString>(reply);
+    if (command.form == OutputForm::Json) {
+        console.print(document.toStdString() + '\n');
+        return exitCode::done;
+    }
+    const auto status = StatusDocument::fromText(document);
+    if (!status) {
+        console.printError("the running Vantry gave an answer that can't be read");
+        return exitCode::refused;
+    }
+    console.print(statusText(*status, console.style()).toStdString());
+    return exitCode::done;
+}
+
+int runAllow(const command::Allow &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.allow(id); });
+}
+
+int runDeny(const command::Deny &command, ControlClient &client, Console &console)
+{
+    const bool stop = command.agent == command::Deny::Agent::Stops;
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.deny(id, stop); });
+}
+
+int runAlwaysAllow(const command::AlwaysAllow &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.alwaysAllow(id); });
+}
+
+int runKill(const command::Kill &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.kill(id); });
+}
+
+int runQuit(ControlClient &client, Console &console, Scheduler &scheduler)
+{
+    constexpr auto patience = 10s;
+
+    QEventLoop loop;
+    bool isGone = false;
+    client.follow({ .onGone = [&] {
+        isGone = true;
+        loop.quit();
+    } });
+    const auto failure = client.quit();
+    // One that ends while it answers has done what it was asked for.
+    if (failure && failure->kind != ControlFailure::Kind::Unanswered)
+        return fail(*failure, console);
+    const ScheduledTimer limit = scheduler.after(patience, [&loop] { loop.quit(); });
+    if (!isGone)
+        loop.exec();
+    client.follow({});
+    if (isGone)
+        return exitCode::done;
+    console.printError("the running Vantry was asked to quit and has not ended yet");
+    return exitCode::refused;
+}
+
+} // namespace vantry
