@@ -11,16 +11,20 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace vantry {
+
+class StoreConnection;
 
 /// A remembered session that was found by a search, or one of the most recent ones.
 struct SessionSearchResult
 {
-    SessionPtr session; ///< Made from the row; never the live record.
-    double rank { 0 };  ///< bm25, lower is better; 0 for recent sessions.
+    SessionPtr session;             ///< Made from the row; never the live record.
+    double rank { 0 };              ///< bm25, lower is better; 0 for recent sessions.
     std::optional<QString> snippet; ///< The search row's summary, whole.
 };
 
@@ -69,14 +73,15 @@ public:
 };
 
 /// The sessions in one SQLite file. Owns the connection and the queue "com.vantry.sessionstore", which alone touches
-/// it. A database that is broken, locked, read-only or foreign never stops the program.
+/// it. A database that is broken, locked, read-only or foreign never stops the program. A limit that is negative or
+/// beyond 32 bits counts as none, with a line in the log.
 class SessionStore final : public SessionStoring
 {
 public:
     enum class Access { ReadWrite, ReadOnly };
 
     /// The folder of `dbPath` is made when it is missing. ReadOnly is for the command line, beside a running program:
-    /// nothing is created or changed.
+    /// nothing is created or changed, and a database that doesn't exist is an empty one.
     SessionStore(QString dbPath, const Clock &clock, Log &log, Access access = Access::ReadWrite);
     ~SessionStore() override;
 
@@ -90,8 +95,8 @@ public:
     void save(const VantrySession &session) override;
     [[nodiscard]] QList<SessionPtr> loadAll(std::optional<AgentTool> filter) override;
     void prune(std::int64_t limit) override;
-    void updateSearchIndex(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
-                           const std::optional<QString> &summary) override;
+    void updateSearchIndex(const QString &id, const std::optional<QString> &prompts,
+                           const std::optional<QString> &tools, const std::optional<QString> &summary) override;
     [[nodiscard]] QList<SessionSearchResult> search(const QString &text, std::int64_t limit) override;
     [[nodiscard]] QList<SessionSearchResult> recentSessions(std::int64_t limit) override;
     [[nodiscard]] QStringList sessionsNeedingIndex() override;
@@ -100,18 +105,25 @@ public:
     void insertHistoricalSession(const HistoricalSession &value) override;
 
 private:
-    class Connection;
+    struct SearchRow;
+
+    void createSchema();
+    void checkpointSoon();
+    void replaceSearchRow(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
+                          const std::optional<QString> &summary);
+    [[nodiscard]] std::vector<SearchRow> searchRows(const QString &id);
+    [[nodiscard]] bool deleteSearchRows(const QString &id);
+    [[nodiscard]] std::optional<std::int64_t> usableLimit(std::int64_t limit);
+    void log(const QString &message) { m_log.write(QStringLiteral("SessionStore: ") + message); }
+    void logFailure(const QString &what);
 
     const QString m_dbPath;
     const Clock &m_clock;
     Log &m_log;
     const Access m_access;
-    std::unique_ptr<Connection> m_db;
+    std::unique_ptr<StoreConnection> m_db;
+    bool m_checkpointQueued { false };
     SerialQueue m_queue { "com.vantry.sessionstore" }; ///< Last: its tasks use all of the above.
 };
-
-/// The user's words as an FTS5 expression: each piece in double quotes with a "*" behind, so that it matches the
-/// beginnings of words; empty when nothing is left to search for.
-[[nodiscard]] QString matchExpression(const QString &text);
 
 } // namespace vantry
