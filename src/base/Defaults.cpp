@@ -192,7 +192,8 @@ private:
     void load()
     {
         m_values.clear();
-        for (const JsonText::Member &member : readSettings(m_nativePath).object.members())
+        const Settings settings = readSettings(m_nativePath);
+        for (const JsonText::Member &member : settings.object.members())
             m_values.insert_or_assign(member.key, member.value);
     }
 
