@@ -20,9 +20,11 @@ struct Fields
 /// nanosecond count reaches from 1677 to 2262 in any case.
 Fields fieldsOf(Date date)
 {
-    const auto day = floor<days>(date);
+    // Nanoseconds can't hold the start of the first day that they reach into; milliseconds can.
+    const auto cut = floor<milliseconds>(date);
+    const auto day = floor<days>(cut);
     const year_month_day ymd { day };
-    const hh_mm_ss time { floor<milliseconds>(date - day) };
+    const hh_mm_ss time { cut - day };
     return { std::clamp(static_cast<int>(ymd.year()), 0, 9999),
              static_cast<unsigned>(ymd.month()),
              static_cast<unsigned>(ymd.day()),

@@ -36,7 +36,9 @@ simdjson::error_code checkDocument(std::string_view text)
         return checkCompound(simdjson::padded_string(text), source);
 
     // On demand gives no value for a document that is a scalar: it is looked at as the only element of an array.
-    const simdjson::padded_string array("[" + std::string(text) + "]");
+    std::string element = "[";
+    element.append(text).append("]");
+    const simdjson::padded_string array(element);
     if (const auto error = checkCompound(array, source))
         return error;
     std::size_t elements = 0;
