@@ -2,7 +2,9 @@
 
 #include "base/MainQueue.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <mutex>
 
 namespace vantry::test {
 
@@ -22,13 +24,18 @@ public:
     /// Waits until a task is there, at most so long, then runs all. False when none came.
     bool drainWhenPosted(std::chrono::milliseconds patience = std::chrono::seconds { 10 })
     {
-        {
-            std::unique_lock lock(m_mutex);
-            if (!m_posted.wait_for(lock, patience, [this] { return m_woken; }))
-                return false;
-            m_woken = false;
+        const auto deadline = std::chrono::steady_clock::now() + patience;
+        for (;;) {
+            {
+                std::unique_lock lock(m_mutex);
+                if (!m_posted.wait_until(lock, deadline, [this] { return m_woken; }))
+                    return drainAll() > 0;
+                m_woken = false;
+            }
+            // The wake-up may be an older one, whose tasks have run.
+            if (drainAll() > 0)
+                return true;
         }
-        return drainAll() > 0;
     }
 
 protected:

@@ -7,9 +7,10 @@ namespace vantry::test {
 class ManualScheduler::Entry final : public ScheduledTimer::Entry
 {
 public:
-    Entry(ManualScheduler &scheduler, std::shared_ptr<Timer> timer) : m_scheduler(scheduler), m_timer(std::move(timer))
-    {
-    }
+    Entry(ManualScheduler &scheduler, std::shared_ptr<Timer> timer)
+        : m_scheduler(scheduler)
+        , m_timer(std::move(timer))
+    {}
     ~Entry() override { m_scheduler.m_timers.remove(m_timer); }
     [[nodiscard]] bool isActive() const override
     {
@@ -49,7 +50,8 @@ void ManualScheduler::advance(Seconds by)
         if (timer->due > m_clock.monotonicNow())
             m_clock.advance(timer->due - m_clock.monotonicNow());
         if (timer->interval.count() > 0)
-            timer->due += timer->interval;
+            // From the present on: what was due several times, since the clock was moved on alone, fires once.
+            timer->due = m_clock.monotonicNow() + timer->interval;
         else
             m_timers.remove(timer);
         const Action action = timer->action;

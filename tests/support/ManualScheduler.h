@@ -11,7 +11,9 @@ namespace vantry::test {
 class ManualScheduler final : public Scheduler
 {
 public:
-    explicit ManualScheduler(ManualClock &clock) : m_clock(clock) {}
+    explicit ManualScheduler(ManualClock &clock)
+        : m_clock(clock)
+    {}
 
     [[nodiscard]] ScheduledTimer after(std::chrono::milliseconds delay, Action action) override;
     [[nodiscard]] ScheduledTimer every(std::chrono::milliseconds interval, Action action) override;
