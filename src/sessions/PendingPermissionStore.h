@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vantry {
@@ -44,7 +45,11 @@ public:
 };
 
 /// Holds permission requests while agents wait on their open connections. Each ends exactly once: answered, cleaned up
-/// as stale, dismissed, or by cleanup(). An unknown identifier is ignored. Main thread only.
+/// as stale, dismissed, or by cleanup(). An unknown identifier is ignored. A request is dismissed when its connection
+/// has gone or after 600 seconds. Dismissing one gives up the handle of its connection, which stays open as the intake
+/// keeps it: the agent's hook waits on until it gives up by itself. Main thread only.
+///
+/// What is called back, and what observes pendingChanged(), may call the store again.
 class PendingPermissionStore final : public QObject, public PermissionResolving
 {
     Q_OBJECT
@@ -79,20 +84,28 @@ public:
     std::function<void()> onPendingChange;                                ///< Unset: dropped.
 
 Q_SIGNALS:
-    /// After the session's held requests have changed; once the list is as it will stay.
+    /// After the session's held requests have changed: once for each operation, at its end.
     void pendingChanged(const QString &sessionID);
 
 private:
-    enum class Ending { Answered, Stale };
-
-    [[nodiscard]] qsizetype indexOf(const QUuid &id) const;
+    /// Takes the request out of the list: from then on nothing else can end it.
+    [[nodiscard]] std::optional<PendingPermission> take(const QUuid &id);
+    void answer(const QUuid &id, const std::string &body, ResolutionOutcome outcome,
+                const std::function<QString(const QString &tool)> &describe);
+    /// One agent waits for one request at a time: once one is answered, its others are leftovers.
+    void cancelStale(const HookEvent &answered);
+    [[nodiscard]] QList<QUuid> idsWhere(const std::function<bool(const PendingPermission &)> &matches) const;
+    void dismiss(const QList<QUuid> &ids);
     void sweep();
-    void autoDismiss(const QUuid &id);
+    [[nodiscard]] QString count() const; ///< Of what is held, for the log.
+    void notifyPendingChange();
+    void stopSweepWhenIdle();
 
     const Clock &m_clock;
+    Scheduler &m_scheduler;
     Log &m_log;
     QList<PendingPermission> m_pending;
-    ScheduledTimer m_livenessTimer;
+    ScheduledTimer m_livenessTimer; ///< The sweep; runs while something is held.
 };
 
 } // namespace vantry
