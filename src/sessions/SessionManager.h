@@ -4,20 +4,24 @@
 #include "base/DebugLog.h"
 #include "hooks/HookEvent.h"
 #include "sessions/GitFacts.h"
+#include "sessions/HeldRequestOverlay.h"
 #include "sessions/LiveProcessChecker.h"
 #include "sessions/PendingPermissionStore.h"
+#include "sessions/SessionActivity.h"
 #include "sessions/SessionStore.h"
 #include "sessions/VantrySession.h"
 
 #include <QList>
 #include <QObject>
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace vantry {
 
 /// Owns the list of live sessions and turns the stream of hook events into their state. Every event is saved at once.
-/// Main thread only.
+/// How held permission requests cover what the events say is told at HeldRequestOverlay. Main thread only.
 class SessionManager final : public QObject
 {
     Q_OBJECT
@@ -42,10 +46,13 @@ public:
     void cleanUpSessions();
     void killSession(const SessionPtr &session);
     void markEnded(const SessionPtr &session);
+    /// Waits for the store. A placeholder is never saved.
     void saveSession(const SessionPtr &session);
 
-    /// After the user's answer, or after a held request has ended by itself: shows the request that is first now, and
-    /// with one held after an answer the session waits again.
+    /// After the user's answer to a permission request: the session goes to the state `next` (`working`, or `ready`
+    /// when the agent was stopped) and its tool is cleared; with another request held it waits again, for that one.
+    void answered(const SessionPtr &session, SessionState next);
+    /// After requests of the session have come or ended: shows the one that is first now.
     void heldRequestsChanged(const QString &sessionID);
 
     std::function<void(const SessionPtr &, const HookEvent &)> onNeedsAttention; ///< Unset: dropped.
@@ -55,8 +62,34 @@ Q_SIGNALS:
     void sessionsChanged();
 
 private:
+    void startSession(const HookEvent &event);
+    void updateSession(const HookEvent &event);
+
+    [[nodiscard]] SessionPtr makeSession(const HookEvent &event, SessionState state);
+    [[nodiscard]] SessionPtr sessionForEvent(const HookEvent &event);
+    void applyCommonFields(const HookEvent &event, VantrySession &session);
+    [[nodiscard]] std::optional<std::int64_t> usablePid(std::optional<std::int64_t> pid, const QString &sessionID);
+    EventReaction moveState(const HookEvent &event, VantrySession &session);
+    void retireDuplicates(std::int64_t pid, const QString &keepingID);
+    /// Not alive and `ready`; the rest of what the end of a session sets differs from case to case.
+    void finish(VantrySession &session);
+    void updateSearchIndex(const VantrySession &session);
+    void sampleGitDiff(const SessionPtr &session);
+    void publish();
+
+    [[nodiscard]] bool isRunning(std::optional<std::int64_t> pid, std::optional<double> startTime) const;
+    [[nodiscard]] bool isStillAlive(const VantrySession &session) const;
+    void resolvePidConflicts();
+    void catchUpWithIndex(const QList<SessionPtr> &rows);
+
+    SessionStoring &m_store;
+    ProcessChecking &m_processChecker;
+    GitFacts &m_git;
+    const Clock &m_clock;
+    Log &m_log;
     const Date m_launchTime;
     QList<SessionPtr> m_sessions;
+    HeldRequestOverlay m_overlay;
 };
 
 } // namespace vantry
