@@ -3,24 +3,23 @@
 #include "base/MainQueue.h"
 #include "sessions/VantrySession.h"
 
-#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
-
-#include <memory>
+#include <QStringList>
 
 namespace vantry {
 
 class SessionManager;
 
 /// What views observe: the changes of the session list and of every record in it, folded to one delivery per turn of
-/// the event loop. Main thread only.
+/// the event loop. What was in the list when this was made counts as known. Main thread only.
 class SessionChanges final : public QObject
 {
     Q_OBJECT
 
 public:
+    /// Both must outlive this.
     SessionChanges(SessionManager &manager, MainQueue &mainQueue, QObject *parent = nullptr);
     ~SessionChanges() override;
 
@@ -28,23 +27,23 @@ public:
     void touch(const QString &sessionID);
 
 Q_SIGNALS:
+    /// Identifiers that left the list since the last delivery. Comes before changed().
+    void removed(const QStringList &sessionIDs);
     /// Sessions that came or changed since the last delivery, in the list's order.
     void changed(const QList<vantry::SessionPtr> &sessions);
-    /// Identifiers that left the list since the last delivery.
-    void removed(const QStringList &sessionIDs);
 
 private:
+    /// Keeps what is observed equal to the list.
     void observeList();
     void schedule();
     void deliver();
 
     SessionManager &m_manager;
     MainQueue &m_mainQueue;
-    QHash<QString, QMetaObject::Connection> m_observed;
-    QSet<QString> m_changed;
-    QStringList m_removed;
+    QList<SessionPtr> m_observed;
+    QStringList m_known;     ///< What was in the list at the last delivery.
+    QSet<QString> m_changed; ///< Since then.
     bool m_scheduled { false };
-    std::shared_ptr<bool> m_alive;
 };
 
 } // namespace vantry
