@@ -97,6 +97,8 @@ QList<std::pair<QString, QString>> harmlessSettings()
     return {
         { QStringLiteral("core.fsmonitor"), QStringLiteral("false") },
         { QStringLiteral("core.hooksPath"), QStringLiteral("/dev/null") },
+        // "git diff" would lock and write the index, optional locks or not; the figures stay the same.
+        { QStringLiteral("diff.autoRefreshIndex"), QStringLiteral("false") },
         // Looking for changes within submodules takes a git for each, and changes no figure.
         { QStringLiteral("diff.ignoreSubmodules"), QStringLiteral("dirty") },
     };
