@@ -14,11 +14,6 @@ struct Odd
     const char *body;
 };
 
-void PrintTo(const Odd &odd, std::ostream *to)
-{
-    *to << odd.name;
-}
-
 std::string posted(std::string_view body)
 {
     return HookCall::request(body);
