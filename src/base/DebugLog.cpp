@@ -43,9 +43,9 @@ void DebugLog::append(DateForm form, std::string_view message)
     // The first line of a run, written before any other thread is there whose lines a trim could lose.
     if (form == DateForm::Delegate && !m_delegateHasWritten.test_and_set())
         trimToLastPieces(m_nativePath, keptPieces);
-    if (!ensureOpen())
-        return;
     const Date now = m_clock.now();
+    if (!ensureOpen(now))
+        return;
     std::string line = "[";
     line.reserve(message.size() + 32);
     line += form == DateForm::General ? isoSeconds(now) : plainSeconds(now);
@@ -56,17 +56,34 @@ void DebugLog::append(DateForm form, std::string_view message)
     static_cast<void>(!::write(m_descriptor, line.data(), line.size()));
 }
 
-bool DebugLog::ensureOpen()
+bool DebugLog::ensureOpen(Date now)
+{
+    // A file that was deleted, or replaced by another, has no name any more; asking the descriptor for that costs half
+    // of looking at the path. One that was moved still takes its lines, so once in a second is enough for that. Not
+    // fstat(): it reads the times, and the kernel then gives the next write a fine new one, which costs more than it.
+    const std::int64_t second = std::chrono::floor<std::chrono::seconds>(now).time_since_epoch().count();
+    struct statx ours
+    {};
+    if (statx(m_descriptor, "", AT_EMPTY_PATH, STATX_NLINK, &ours) == 0 && ours.stx_nlink > 0) {
+        if (m_checkedSecond.load(std::memory_order_acquire) == second)
+            return true;
+    }
+    // Noted only once the right file stands behind the descriptor: other threads go by it.
+    if (!isAtPath() && !reopen())
+        return false;
+    m_checkedSecond.store(second, std::memory_order_release);
+    return true;
+}
+
+bool DebugLog::isAtPath() const
 {
     // As long as we hold our file open, no other gets its inode number.
     struct stat atPath
     {};
     struct stat ours
     {};
-    if (stat(m_nativePath.c_str(), &atPath) == 0 && fstat(m_descriptor, &ours) == 0 && atPath.st_dev == ours.st_dev &&
-        atPath.st_ino == ours.st_ino)
-        return true;
-    return reopen();
+    return stat(m_nativePath.c_str(), &atPath) == 0 && fstat(m_descriptor, &ours) == 0 &&
+           atPath.st_dev == ours.st_dev && atPath.st_ino == ours.st_ino;
 }
 
 bool DebugLog::reopen()

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -23,10 +24,11 @@ public:
 };
 
 /// The debug log's file, with its two writers. Both append to one descriptor with one write per line, so lines never
-/// mix. The file is opened again when the one at the path is another than ours (it was trimmed, moved or deleted), and
-/// made again, with its folder, when it is missing. Control characters in a message are written escaped ("\n" as
-/// backslash and n), so one message is always one line. Any thread may write, and no lock is taken: the number of the
-/// descriptor stays the same for life, and what stands behind it is exchanged in one step (dup3). Owns the descriptor.
+/// mix. The file is opened again when the one at the path is another than ours (at once when it was trimmed or deleted,
+/// within a second when it was moved, so no line is lost), and made again, with its folder, when it is missing. Control
+/// characters in a message are written escaped ("\n" as backslash and n), so one message is always one line. Any thread
+/// may write, and no lock is taken: the number of the descriptor stays the same for life, and what stands behind it is
+/// exchanged in one step (dup3). Owns the descriptor.
 class DebugLog
 {
 public:
@@ -63,13 +65,15 @@ private:
     };
 
     void append(DateForm form, std::string_view message);
-    [[nodiscard]] bool ensureOpen();
+    [[nodiscard]] bool ensureOpen(Date now);
+    [[nodiscard]] bool isAtPath() const;
     [[nodiscard]] bool reopen();
 
     QString m_path;
     std::string m_nativePath;
     const Clock &m_clock;
     int m_descriptor;
+    std::atomic<std::int64_t> m_checkedSecond { -1 }; ///< In which we last looked at what stands at the path.
     std::atomic_flag m_delegateHasWritten;
     Writer m_general { *this, DateForm::General };
     Writer m_delegate { *this, DateForm::Delegate };
