@@ -1,12 +1,10 @@
 #include "sessions/GitFacts.h"
 
-#include "sessions/GitRepositories.h"
-#include "support/ManualMainQueue.h"
+#include "sessions/GitFactsFixture.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -16,55 +14,8 @@ namespace vantry::test {
 
 namespace {
 
-SessionPtr sessionIn(const std::optional<QString> &directory)
-{
-    VantrySession::Init init;
-    init.id = QStringLiteral("session");
-    init.cwd = directory;
-    return std::make_shared<VantrySession>(std::move(init));
-}
-
-class GitFactsTest : public ::testing::Test
-{
-protected:
-    [[nodiscard]] QString path(const QString &name) const { return m_folder.filePath(name); }
-    [[nodiscard]] QString folder(const QString &name) const
-    {
-        EXPECT_TRUE(QDir().mkpath(path(name)));
-        return path(name);
-    }
-    [[nodiscard]] QString makeRepository(const QString &name = QStringLiteral("repository")) const
-    {
-        return makeRepositoryIn(folder(name));
-    }
-    /// Facts from a script in the place of git.
-    [[nodiscard]] GitFacts factsFromScript(const QByteArray &body)
-    {
-        writeScript(path(QStringLiteral("git")), body);
-        return { m_mainQueue, m_workers, path(QStringLiteral("git")) };
-    }
-    /// Added and removed lines after a sample.
-    std::pair<std::optional<int>, std::optional<int>> sampled(GitFacts &git, const QString &directory)
-    {
-        const SessionPtr session = sessionIn(directory);
-        git.sampleGitDiff(session, {});
-        EXPECT_TRUE(m_mainQueue.drainWhenPosted(std::chrono::seconds { 60 }));
-        return { session->gitLinesAdded(), session->gitLinesRemoved() };
-    }
-    [[nodiscard]] static std::optional<QString> branchIn(GitFacts &git, const QString &directory)
-    {
-        const SessionPtr session = sessionIn(directory);
-        git.detectGitBranch(*session);
-        return session->gitBranch();
-    }
-
-    QTemporaryDir m_folder;
-    ManualMainQueue m_mainQueue;
-    WorkerPool m_workers;
-    GitFacts m_git { m_mainQueue, m_workers };
-};
-
-using Figures = std::pair<std::optional<int>, std::optional<int>>;
+class GitFactsTest : public GitFactsFixture
+{};
 
 } // namespace
 
@@ -423,154 +374,6 @@ TEST_F(GitFactsTest, givesNoTextForOutputThatIsNoUtf8)
     GitFacts git = factsFromScript("printf '\\377'\n");
 
     EXPECT_EQ(git.runTool(QStringLiteral("git"), {}), std::pair(std::optional<QString>(), 0));
-}
-
-TEST_F(GitFactsTest, findsTheSameBranch)
-{
-    EXPECT_EQ(m_git.checkBranch(makeRepository(), QStringLiteral("main")),
-              (BranchCheckResult { BranchCheckResult::SameBranch { QStringLiteral("main") } }));
-}
-
-TEST_F(GitFactsTest, offersToSwitchInACleanTreeOnly)
-{
-    const QString repository = makeRepository();
-    gitIn(repository, "branch other");
-    const auto check = [&] { return m_git.checkBranch(repository, QStringLiteral("other")); };
-    const auto different = [](bool canSwitch) {
-        return BranchCheckResult { BranchCheckResult::DifferentBranch { QStringLiteral("main"), QStringLiteral("other"),
-                                                                        canSwitch } };
-    };
-
-    EXPECT_EQ(check(), different(true));
-    writeFile(repository + QStringLiteral("/untracked"), "");
-    EXPECT_EQ(check(), different(false));
-}
-
-TEST_F(GitFactsTest, findsABranchDeleted)
-{
-    EXPECT_EQ(
-        m_git.checkBranch(makeRepository(), QStringLiteral("gone")),
-        (BranchCheckResult { BranchCheckResult::BranchDeleted { QStringLiteral("gone"), QStringLiteral("main") } }));
-}
-
-TEST_F(GitFactsTest, hasNoCurrentBranchOnADetachedHead)
-{
-    const QString repository = makeRepository();
-    gitIn(repository, "checkout -q --detach");
-
-    EXPECT_EQ(m_git.checkBranch(repository, QStringLiteral("main")),
-              (BranchCheckResult { BranchCheckResult::DifferentBranch { QString(), QStringLiteral("main"), true } }));
-}
-
-TEST_F(GitFactsTest, givesGitsOwnErrorAsCurrentBranchOutsideARepository)
-{
-    for (const QString &directory : { m_folder.path(), path(QStringLiteral("missing")) }) {
-        const BranchCheckResult result = m_git.checkBranch(directory, QStringLiteral("main"));
-
-        const auto *different = std::get_if<BranchCheckResult::DifferentBranch>(&result.value);
-        ASSERT_NE(different, nullptr);
-        EXPECT_TRUE(different->current.startsWith(QStringLiteral("fatal: "))) << different->current.toStdString();
-        EXPECT_FALSE(different->canSwitch);
-    }
-}
-
-TEST_F(GitFactsTest, findsNoRepositoryWithoutGit)
-{
-    const GitFacts git(m_mainQueue, m_workers, path(QStringLiteral("no-git")));
-
-    EXPECT_EQ(git.checkBranch(makeRepository(), QStringLiteral("main")),
-              (BranchCheckResult { BranchCheckResult::NotGitRepo {} }));
-}
-
-TEST_F(GitFactsTest, checksBranchesWithTheseArguments)
-{
-    GitFacts git = factsFromScript("echo \"$*\" >> \"$0.runs\"; echo \"$3\"\n");
-    const QString directory = m_folder.path();
-
-    EXPECT_EQ(git.checkBranch(directory, QStringLiteral("x")),
-              (BranchCheckResult {
-                  BranchCheckResult::DifferentBranch { QStringLiteral("branch"), QStringLiteral("x"), false } }));
-
-    QFile runs(path(QStringLiteral("git.runs")));
-    ASSERT_TRUE(runs.open(QIODevice::ReadOnly));
-    const QString prefix = QStringLiteral("-C ") + directory;
-    EXPECT_EQ(QString::fromUtf8(runs.readAll()),
-              QString(prefix + QStringLiteral(" branch --show-current\n") + prefix +
-                      QStringLiteral(" branch --list x\n") + prefix + QStringLiteral(" status --porcelain\n")));
-}
-
-TEST_F(GitFactsTest, givesNoOptionsInThePlaceOfABranch)
-{
-    const QString repository = makeRepository();
-    gitIn(repository, "branch other");
-    writeFile(repository + QStringLiteral("/file"), "changed\n");
-
-    for (const QString &name : { QStringLiteral("-f"), QStringLiteral("--force"), QStringLiteral("-"),
-                                 QStringLiteral("--detach"), QStringLiteral("-bnew"), QStringLiteral("-D") }) {
-        EXPECT_EQ(m_git.checkBranch(repository, name),
-                  (BranchCheckResult { BranchCheckResult::BranchDeleted { name, QStringLiteral("main") } }));
-        EXPECT_EQ(m_git.switchBranch(repository, name), QStringLiteral("Failed to switch branch"));
-    }
-
-    EXPECT_EQ(gitIn(repository, "branch --list"), QStringLiteral("* main\n  other"));
-    EXPECT_EQ(sampled(m_git, repository), Figures(1, 1));
-}
-
-TEST_F(GitFactsTest, putsNoFilesBackInThePlaceOfSwitching)
-{
-    const QString repository = makeRepository();
-    writeFile(repository + QStringLiteral("/file"), "changed\n");
-
-    for (const QString &name :
-         { QStringLiteral("file"), QStringLiteral("."), QStringLiteral("./file"), QStringLiteral("fi*"),
-           QStringLiteral(":/"), QStringLiteral(":(top)file"), QStringLiteral("../repository/file"), QString() })
-        EXPECT_EQ(m_git.switchBranch(repository, name), QStringLiteral("Failed to switch branch"))
-            << name.toStdString();
-
-    EXPECT_EQ(sampled(m_git, repository), Figures(1, 1));
-}
-
-TEST_F(GitFactsTest, switchesTheBranch)
-{
-    const QString repository = makeRepository();
-    gitIn(repository, "branch other/one");
-
-    EXPECT_EQ(m_git.switchBranch(repository, QStringLiteral("other/one")), std::nullopt);
-
-    EXPECT_EQ(gitIn(repository, "branch --show-current"), QStringLiteral("other/one"));
-}
-
-TEST_F(GitFactsTest, givesGitsOwnTextWhenChangesStandInTheWayOfSwitching)
-{
-    const QString repository = makeRepository();
-    gitIn(repository, "checkout -q -b other");
-    writeFile(repository + QStringLiteral("/file"), "other\n");
-    gitIn(repository, "commit -q -a -m second");
-    gitIn(repository, "checkout -q main");
-    writeFile(repository + QStringLiteral("/file"), "mine\n");
-
-    const auto text = m_git.switchBranch(repository, QStringLiteral("other"));
-
-    ASSERT_TRUE(text);
-    EXPECT_TRUE(text->contains(QStringLiteral("file"))) << text->toStdString();
-    EXPECT_EQ(gitIn(repository, "branch --show-current"), QStringLiteral("main"));
-}
-
-TEST_F(GitFactsTest, givesGitsOwnTextForABranchThatDoesNotExist)
-{
-    const auto text = m_git.switchBranch(makeRepository(), QStringLiteral("gone"));
-
-    ASSERT_TRUE(text);
-    EXPECT_TRUE(text->contains(QStringLiteral("gone"))) << text->toStdString();
-}
-
-TEST_F(GitFactsTest, hasATextForASwitchThatFailsWithoutAWord)
-{
-    const GitFacts silent = factsFromScript("exit 1\n");
-    EXPECT_EQ(silent.switchBranch(m_folder.path(), QStringLiteral("x")), QStringLiteral("Failed to switch branch"));
-
-    const GitFacts missing(m_mainQueue, m_workers, path(QStringLiteral("no-git")));
-    EXPECT_EQ(missing.switchBranch(m_folder.path(), QStringLiteral("x")), QStringLiteral("Failed to switch branch"));
 }
 
 TEST_F(GitFactsTest, neverLetsGitPrompt)
