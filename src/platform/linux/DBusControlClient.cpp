@@ -22,10 +22,14 @@ ControlFailure failureFrom(const QDBusMessage &reply)
         return { Kind::NoSuchSession, reply.errorMessage() };
     if (name == QLatin1StringView(bus::notPossible))
         return { Kind::NotPossible, reply.errorMessage() };
+    // The bus says it in this way when it was asked not to start the service.
+    if (name == u"org.freedesktop.DBus.Error.NameHasNoOwner")
+        return { Kind::NotRunning, u"no Vantry is running"_s };
     switch (QDBusError(reply).type()) {
     case QDBusError::ServiceUnknown:
-    case QDBusError::Disconnected:
         return { Kind::NotRunning, u"no Vantry is running"_s };
+    case QDBusError::Disconnected:
+        return { Kind::NotRunning, u"there is no session bus to reach a running Vantry over"_s };
     case QDBusError::NoReply:
     case QDBusError::TimedOut:
     case QDBusError::Timeout:

@@ -1,5 +1,6 @@
 #include "platform/linux/SessionBus.h"
 
+#include <QDBusMessage>
 #include <QFileInfo>
 
 namespace vantry {
@@ -24,9 +25,19 @@ static QString uniqueConnectionName()
     return u"vantry-%1"_s.arg(++counter);
 }
 
+/// Opens the connection; an empty address gives one that isn't connected.
+static QDBusConnection openConnection(const QString &address, const QString &name)
+{
+    // The thread of Qt's connections runs on while the process's statics are destroyed, and uses Qt's table of types.
+    // What is made first is destroyed last: the table has to be there before the first connection.
+    static const int firstType = qRegisterMetaType<QDBusMessage>();
+    Q_UNUSED(firstType)
+    return address.isEmpty() ? QDBusConnection(name) : QDBusConnection::connectToBus(address, name);
+}
+
 BusConnection::BusConnection(const QString &address)
     : m_name(uniqueConnectionName())
-    , m_connection(address.isEmpty() ? QDBusConnection(m_name) : QDBusConnection::connectToBus(address, m_name))
+    , m_connection(openConnection(address, m_name))
 {}
 
 BusConnection::~BusConnection()
