@@ -39,31 +39,28 @@ int runOnSession(const QString &given, ControlClient &client, Console &console, 
     for (const SessionRow &session : status->sessions)
         ids.append(session.id);
 
-    const auto chosen = chooseSession(ids, given);
-    if (const auto *errors = std::get_if<QStringList>(&chosen)) {
-        for (const QString &error : *errors)
-            console.printError(error.toStdString());
+    const SessionChoice choice = chooseSession(ids, given);
+    if (!choice.id) {
+        console.printError(choice.reason.toStdString());
         return exitCode::refused;
     }
-    const auto failure = call(std::get<QString>(chosen));
+    const auto failure = call(*choice.id);
     return failure ? fail(*failure, console) : exitCode::done;
 }
 
 } // namespace
 
-std::variant<QString, QStringList> chooseSession(const QStringList &ids, const QString &given)
+SessionChoice chooseSession(const QStringList &ids, const QString &given)
 {
     if (ids.contains(given))
-        return given;
+        return { given, {} };
     QStringList fitting;
     std::ranges::copy_if(ids, std::back_inserter(fitting), [&](const QString &id) { return id.startsWith(given); });
     if (fitting.size() == 1)
-        return fitting.first();
+        return { fitting.first(), {} };
     if (fitting.isEmpty())
-        return QStringList { u"no session's ID begins with \"%1\""_s.arg(given) };
-    QStringList errors { u"\"%1\" fits %2 sessions:"_s.arg(given, QString::number(fitting.size())) };
-    errors.append(fitting);
-    return errors;
+        return { std::nullopt, u"no session's ID begins with \"%1\""_s.arg(given) };
+    return { std::nullopt, u"\"%1\" fits several sessions: %2"_s.arg(given, fitting.join(u", ")) };
 }
 
 int printNoList(const ControlFailure &failure, OutputForm form, Console &console, std::uint16_t port)

@@ -9,15 +9,21 @@
 #include <QStringList>
 
 #include <cstdint>
-#include <variant>
+#include <optional>
 
 namespace vantry {
 
 // The commands that ask the running application. Each prints and gives the exit code. Main thread only.
 
-/// The one of these identifiers that the user means: the whole one, else the one that begins so. Otherwise what is
-/// wrong, one line for each error line.
-[[nodiscard]] std::variant<QString, QStringList> chooseSession(const QStringList &ids, const QString &given);
+/// The user's word for a session, looked up.
+struct SessionChoice
+{
+    std::optional<QString> id; ///< The whole identifier.
+    QString reason;            ///< Why there is none; one line for a person.
+};
+
+/// The one of these identifiers that the user means: the whole one, else the only one that begins so.
+[[nodiscard]] SessionChoice chooseSession(const QStringList &ids, const QString &given);
 
 /// Says that there is no list to show; scripts get the document that tells that nothing is running.
 [[nodiscard]] int printNoList(const ControlFailure &failure, OutputForm form, Console &console, std::uint16_t port);
