@@ -98,7 +98,7 @@ def tool_detail(tool, arguments, source):
     if tool.startswith("mcp__"):
         return ", ".join([key + ": " + strings.get(key, shown) for key, (_, shown) in members(source).items()])
     if tool == "AskUserQuestion":
-        return str(arguments["questions"][0]["question"])
+        return arguments["questions"][0]["question"]
     if tool == "ExitPlanMode":
         lines = [line.strip() for line in strings["plan"].splitlines()]
         return [line.lstrip("# ") for line in lines if line.strip("-=# ") and not line.startswith("```")][0]
