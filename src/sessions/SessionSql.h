@@ -103,7 +103,7 @@ inline constexpr char insertSearchRow[] =
 /// Best first; of equal ones in the order of their insertion.
 inline constexpr char searchMatches[] = "SELECT rowid, bm25(session_search) AS score FROM session_search"
                                         " WHERE session_search MATCH ? ORDER BY score, rowid";
-/// A search row's session; the names tell the planner nothing new, CROSS JOIN keeps it from turning the two round.
+/// The session of one search row. CROSS JOIN keeps the planner from starting with all sessions.
 inline constexpr char sessionOfSearchRow[] = "SELECT " VANTRY_SESSION_COLUMNS ", ss.summary FROM session_search ss"
                                              " CROSS JOIN sessions s ON s.id = ss.session_id WHERE ss.rowid = ?";
 inline constexpr char recentSessions[] =
