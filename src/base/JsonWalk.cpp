@@ -91,15 +91,17 @@ error_code walk(ondemand::value value, int depth, const char *&end)
         return depth < maximumJsonDepth ? walkObject(value, depth, end) : DEPTH_ERROR;
     case ondemand::json_type::string: {
         std::string_view inside;
-        const auto error = checkedString(value).get(inside);
+        if (const auto error = checkedString(value).get(inside))
+            return error;
         end = endOf(inside) + 1;
-        return error;
+        return SUCCESS;
     }
     default: {
         std::string_view scalar;
-        const auto error = checkedScalar(value).get(scalar);
+        if (const auto error = checkedScalar(value).get(scalar))
+            return error;
         end = endOf(scalar);
-        return error;
+        return SUCCESS;
     }
     }
 }
