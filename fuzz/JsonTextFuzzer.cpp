@@ -16,10 +16,11 @@ void require(bool condition)
 enum class Verdict { Sound, Unsound, Unknown };
 
 /// What another parser says, where it has the same rules: it refuses lone surrogates and numbers beyond a double, takes
-/// a byte order mark, and has no limit on nesting.
+/// a byte order mark, takes a NUL for the end, and has no limit on nesting.
 Verdict otherParsers(std::string_view text)
 {
     const bool hasOtherRules = text.find("\\u") != std::string_view::npos || text.starts_with("\xEF\xBB\xBF") ||
+                               text.find('\0') != std::string_view::npos ||
                                text.size() > static_cast<std::size_t>(vantry::maximumJsonDepth);
     if (hasOtherRules)
         return Verdict::Unknown;
