@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 namespace vantry {
 
 /// Who is at the other end of a loopback connection. Callable from the intake thread, one thread at a time.
@@ -16,7 +14,7 @@ public:
 
     virtual ~PeerIdentity() = default;
 
-    /// Asked once, right after accept, with the accepted socket's descriptor.
+    /// Asked once, right after accept, with the accepted socket's descriptor. Quick; never waits for the peer.
     [[nodiscard]] virtual Peer identify(int acceptedSocket) = 0;
 };
 
