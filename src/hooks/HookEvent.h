@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -107,15 +108,21 @@ struct HookEvent
     std::optional<QString> projectDir;
     std::optional<QString> toolDetail;
 
-    /// The event's kind with legacy names folded: `hookEventName`, else `legacyType`, else a notification. All branching
-    /// on the kind uses this.
+    /// The event's kind with legacy names folded: `hookEventName`, else `legacyType`, else a notification. All
+    /// branching on the kind uses this.
     [[nodiscard]] HookEventType eventType() const;
     /// The questions in `toolInput`, read forgivingly; nothing when there is no list of them.
     [[nodiscard]] std::optional<std::vector<Question>> questions() const;
 
     /// Decodes a request's body, strictly: either the whole record or the reason why not, for the log. `json` is UTF-8
-    /// and needs no padding. Any thread.
+    /// and needs no padding. Of a key that occurs twice the last one counts. Any thread; runs out of memory with
+    /// std::bad_alloc.
     [[nodiscard]] static std::variant<HookEvent, std::string> decode(std::string_view json);
+
+    /// So many bytes must be readable behind a text for decodePadded(); what they hold doesn't matter.
+    static constexpr std::size_t padding { 64 };
+    /// The same without a copy of the text.
+    [[nodiscard]] static std::variant<HookEvent, std::string> decodePadded(std::string_view json);
 };
 
 } // namespace vantry
