@@ -1,0 +1,46 @@
+#include "hooks/ReceiveBuffer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace vantry {
+
+std::span<char> ReceiveBuffer::makeRoom(std::size_t room)
+{
+    if (m_capacity - m_size < room)
+        reserve(std::max(m_size + room, m_capacity + m_capacity / 2));
+    return { m_data.get() + m_size, m_capacity - m_size };
+}
+
+void ReceiveBuffer::append(std::string_view bytes)
+{
+    const std::span<char> room = makeRoom(bytes.size());
+    std::ranges::copy(bytes, room.begin());
+    commit(bytes.size());
+}
+
+void ReceiveBuffer::reserve(std::size_t size)
+{
+    if (size <= m_capacity)
+        return;
+    if (size > std::numeric_limits<std::size_t>::max() - HookEvent::padding)
+        throw std::bad_alloc();
+    // realloc moves the pages of a large block instead of copying them.
+    auto *const grown = static_cast<char *>(std::realloc(m_data.get(), size + HookEvent::padding));
+    if (!grown)
+        throw std::bad_alloc();
+    static_cast<void>(m_data.release());
+    m_data.reset(grown);
+    m_capacity = size;
+}
+
+void ReceiveBuffer::clear()
+{
+    m_data.reset();
+    m_size = 0;
+    m_capacity = 0;
+}
+
+} // namespace vantry
