@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 namespace vantry {
 
@@ -78,10 +79,20 @@ Q_SIGNALS:
 private:
     class Intake;
 
+    void listening(std::uint64_t generation);
+    void failed(std::uint64_t generation, const std::string &error);
+    void setRunning(bool running);
+
     const std::uint16_t m_port;
+    MainQueue &m_mainQueue;
+    Scheduler &m_scheduler;
+    Log &m_log;
+    PeerIdentity &m_peers;
     bool m_running { false };
     bool m_stopped { true };
-    std::unique_ptr<Intake> m_intake;
+    std::uint64_t m_generation { 0 }; ///< Of the newest listener: what an older one still reports is ignored.
+    ScheduledTimer m_retry;
+    std::unique_ptr<Intake> m_intake; ///< From the first start() on. Last: its thread uses all of the above.
 };
 
 } // namespace vantry
