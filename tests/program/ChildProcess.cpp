@@ -51,7 +51,7 @@ CommandResult ChildProcess::finish()
 {
     if (state() != NotRunning && !waitForFinished(longEnough))
         killAndWait();
-    const bool ended = exitStatus() == NormalExit && error() == UnknownError;
+    const bool ended = exitStatus() == NormalExit && error() != FailedToStart;
     return { ended ? exitCode() : -1, readAllStandardOutput().toStdString(), readAllStandardError().toStdString() };
 }
 

@@ -18,8 +18,9 @@ std::unique_ptr<ChildProcess> InstalledHook::begin(std::string_view payload) con
     const QString script = m_vantry.home() + "/.claude/hooks/vantry_hook.py";
     auto hook = m_vantry.other("python3", { script, "--port", "49152" }, environment);
     hook->write(payload.data(), static_cast<qint64>(payload.size()));
+    while (hook->bytesToWrite() > 0 && hook->waitForBytesWritten()) {
+    }
     hook->closeWriteChannel();
-    hook->waitForBytesWritten();
     return hook;
 }
 
