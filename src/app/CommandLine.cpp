@@ -227,9 +227,9 @@ Usage: vantry [--headless]          start; a second start finds the first
 
 Sessions (of the running Vantry)
   status [--json]                   show the live sessions, what needs you first
-  watch [--json]                    the same, then each change, until interrupted
+  watch [--json]                    the same, then every change
   allow ID                          allow what the agent asks for
-  deny ID [--stop]                  deny it; with --stop the agent ends its turn, too
+  deny ID [--stop]                  deny it; --stop ends the agent's turn, too
   always-allow ID                   allow it from now on, as the agent suggests
   kill ID                           end the agent
 
