@@ -1,0 +1,294 @@
+#include "app/AppDelegate.h"
+
+#include "support/EventBuilder.h"
+#include "support/FakeControlEndpoint.h"
+#include "support/FakeHookConnection.h"
+#include "support/FakePeerIdentity.h"
+#include "support/FakeProcessTable.h"
+#include "support/ManualMainQueue.h"
+#include "support/ManualScheduler.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+namespace vantry {
+namespace {
+
+using namespace Qt::StringLiterals;
+using test::EventBuilder;
+using test::FakeHookConnection;
+using ::testing::HasSubstr;
+
+/// The whole application over fakes of the system, with a database and a log of its own. Its listener gets a port that
+/// nothing else uses, and is started by the tests that need it alone.
+class AppDelegateTest : public ::testing::Test
+{
+protected:
+    static constexpr std::uint16_t port = 47'391;
+
+    AppDelegateTest() { delegate.emplace(paths(), ports(), port); }
+
+    [[nodiscard]] Paths paths() const
+    {
+        return { .home = home.path(),
+                 .dataFolder = home.filePath(u"data"_s),
+                 .configFile = home.filePath(u"settings.json"_s),
+                 .runtimeFolder = {} };
+    }
+    [[nodiscard]] AppDelegate::Ports ports() { return { clock, scheduler, mainQueue, processes, peers, endpoint }; }
+
+    void launch()
+    {
+        ASSERT_EQ(delegate->publishControl(), ControlEndpoint::Publication::Published);
+        delegate->applicationDidFinishLaunching();
+        mainQueue.drainAll();
+    }
+    void deliver(const HookEvent &event)
+    {
+        delegate->httpServer().onEventReceived(event);
+        mainQueue.drainAll();
+    }
+    /// As the server delivers a request that is to be held.
+    std::shared_ptr<FakeHookConnection> hold(const HookEvent &event)
+    {
+        auto connection = std::make_shared<FakeHookConnection>();
+        delegate->httpServer().onPermissionRequest(event, connection);
+        deliver(event);
+        return connection;
+    }
+    [[nodiscard]] static EventBuilder request(const QString &tool = u"Bash"_s)
+    {
+        EventBuilder event(HookEventType::permissionRequest);
+        event.tool(tool);
+        return event;
+    }
+
+    [[nodiscard]] SessionPtr session(const QString &id = u"s"_s) { return delegate->sessionManager().session(id); }
+    [[nodiscard]] qsizetype heldRequests() { return delegate->pendingPermissions().pending().size(); }
+    [[nodiscard]] std::string logText() const
+    {
+        QFile file(paths().debugLog());
+        return file.open(QFile::ReadOnly) ? file.readAll().toStdString() : std::string();
+    }
+    /// Where the line stands in the log; fails when it isn't there.
+    std::size_t positionInLog(const std::string &line) const
+    {
+        const auto position = logText().find(line);
+        EXPECT_NE(position, std::string::npos) << line << " is missing in\n" << logText();
+        return position;
+    }
+
+    QTemporaryDir home;
+    test::ManualClock clock;
+    test::ManualScheduler scheduler { clock };
+    test::ManualMainQueue mainQueue;
+    test::FakeProcessTable processes;
+    test::FakePeerIdentity peers;
+    test::FakeControlEndpoint endpoint;
+    std::optional<AppDelegate> delegate;
+};
+
+TEST_F(AppDelegateTest, startsInItsOrder)
+{
+    launch();
+
+    EXPECT_LT(positionInLog("] applicationDidFinishLaunching started\n"), positionInLog("SessionManager: loaded 0"));
+    EXPECT_LT(positionInLog("SessionManager: loaded 0"), positionInLog("] HTTP hook server started on port: 47391\n"));
+}
+
+TEST_F(AppDelegateTest, goesOnWhenTheListenerCannotStart)
+{
+    delegate.reset();
+    delegate.emplace(paths(), ports(), std::uint16_t { 0 });
+
+    launch();
+    deliver(EventBuilder(HookEventType::sessionStart));
+
+    positionInLog("] FAILED to start HTTP hook server: Invalid port number\n");
+    EXPECT_TRUE(session());
+}
+
+TEST_F(AppDelegateTest, saysOnceThatItCannotBeControlled)
+{
+    endpoint.publication = ControlEndpoint::Publication::Unavailable;
+
+    EXPECT_EQ(delegate->publishControl(), ControlEndpoint::Publication::Unavailable);
+    delegate->applicationDidFinishLaunching();
+
+    positionInLog("can't be controlled from outside\n");
+}
+
+TEST_F(AppDelegateTest, touchesNothingBeforeItHasTheName)
+{
+    endpoint.publication = ControlEndpoint::Publication::NameTaken;
+
+    EXPECT_EQ(delegate->publishControl(), ControlEndpoint::Publication::NameTaken);
+
+    EXPECT_FALSE(QFile::exists(paths().database()));
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(AppDelegateTest, logsEachEventBeforeTheSessionSeesIt)
+{
+    launch();
+
+    deliver(EventBuilder(HookEventType::legacyStop).session(u"abc"_s));
+
+    EXPECT_LT(positionInLog("+0000] onEvent fired: Stop session=abc\n"),
+              positionInLog("Z] SessionManager.handleEvent: type=Stop session=abc\n"));
+}
+
+TEST_F(AppDelegateTest, holdsAPermissionRequest)
+{
+    launch();
+
+    const auto connection = hold(request());
+
+    EXPECT_EQ(heldRequests(), 1);
+    EXPECT_EQ(session()->state(), SessionState::needsPermission);
+    EXPECT_FALSE(connection->status);
+}
+
+TEST_F(AppDelegateTest, dismissesAllRequestsOfASessionThatEnds)
+{
+    launch();
+    const auto first = hold(request());
+    const auto second = hold(request().agent(u"helper"_s));
+    const auto other = hold(request().session(u"other"_s));
+
+    deliver(EventBuilder(HookEventType::sessionEnd));
+
+    EXPECT_EQ(heldRequests(), 1);
+    EXPECT_FALSE(first->status || second->status || first->cancelled || second->cancelled);
+    EXPECT_FALSE(other->cancelled);
+}
+
+TEST_F(AppDelegateTest, dismissesAllRequestsOfASessionWhoseTaskIsCompleted)
+{
+    launch();
+    hold(request());
+    hold(request().agent(u"helper"_s));
+
+    deliver(EventBuilder(HookEventType::taskCompleted));
+
+    EXPECT_EQ(heldRequests(), 0);
+}
+
+TEST_F(AppDelegateTest, dismissesTheRequestOfTheAgentThatWasInterrupted)
+{
+    launch();
+    hold(request());
+    hold(request(u"Write"_s).agent(u"helper"_s));
+
+    deliver(EventBuilder(HookEventType::postToolUseFailure).interrupt(true));
+
+    ASSERT_EQ(heldRequests(), 1);
+    EXPECT_EQ(delegate->pendingPermissions().pending().first().event.agentId, u"helper"_s);
+}
+
+TEST_F(AppDelegateTest, dismissesNothingWhenASessionThatDidNotWaitIsInterrupted)
+{
+    launch();
+    hold(request());
+    session()->setState(SessionState::working);
+
+    deliver(EventBuilder(HookEventType::postToolUseFailure).interrupt(true));
+
+    EXPECT_EQ(heldRequests(), 1);
+}
+
+TEST_F(AppDelegateTest, dismissesNothingForAnEventWithoutAnInterrupt)
+{
+    launch();
+    hold(request());
+
+    deliver(EventBuilder(HookEventType::notification).interrupt(false));
+
+    EXPECT_EQ(heldRequests(), 1);
+}
+
+TEST_F(AppDelegateTest, announcesTheChangesOfATurnOnce)
+{
+    launch();
+
+    delegate->httpServer().onEventReceived(EventBuilder(HookEventType::sessionStart));
+    delegate->httpServer().onEventReceived(EventBuilder(HookEventType::userPromptSubmit).prompt(u"Hello"_s));
+    mainQueue.drainAll();
+
+    ASSERT_EQ(endpoint.changed.size(), 1);
+    EXPECT_TRUE(endpoint.changed.first().contains(u"\"state\":\"working\""));
+}
+
+TEST_F(AppDelegateTest, announcesThatARequestHasEndedByItself)
+{
+    launch();
+    const auto connection = hold(request());
+    endpoint.changed.clear();
+
+    connection->closeFromPeer();
+    mainQueue.drainAll();
+
+    ASSERT_EQ(endpoint.changed.size(), 1);
+    EXPECT_TRUE(endpoint.changed.first().contains(u"\"heldPermissions\":0"));
+}
+
+TEST_F(AppDelegateTest, announcesWhatLeavesTheList)
+{
+    launch();
+    deliver(EventBuilder(HookEventType::sessionStart));
+    deliver(EventBuilder(HookEventType::sessionEnd));
+
+    scheduler.advance(Seconds { 600 });
+    mainQueue.drainAll();
+
+    EXPECT_EQ(endpoint.removed, QStringList { u"s"_s });
+}
+
+TEST_F(AppDelegateTest, checksEveryTenSecondsWhetherAgentsStillLive)
+{
+    processes.processes.insert(4711, { .startTime = 1000, .parent = 1, .commandName = {} });
+    launch();
+    deliver(EventBuilder(HookEventType::sessionStart).pid(4711));
+    processes.processes.clear();
+
+    scheduler.advance(Seconds { 9.9 });
+    EXPECT_TRUE(session()->isAlive());
+    scheduler.advance(Seconds { 0.1 });
+    EXPECT_FALSE(session()->isAlive());
+}
+
+TEST_F(AppDelegateTest, endsInItsOrder)
+{
+    launch();
+    const auto connection = hold(request());
+
+    delegate->applicationWillTerminate();
+
+    positionInLog("HTTPHookServer: stopped\n");
+    EXPECT_TRUE(connection->cancelled);
+    EXPECT_FALSE(connection->status) << "no answer is invented";
+    EXPECT_EQ(heldRequests(), 0);
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+    EXPECT_EQ(endpoint.withdrawals, 1);
+}
+
+TEST_F(AppDelegateTest, bringsLiveSessionsBackAtTheNextStart)
+{
+    processes.processes.insert(4711, { .startTime = 1000, .parent = 1, .commandName = {} });
+    launch();
+    deliver(EventBuilder(HookEventType::userPromptSubmit).pid(4711).prompt(u"Go on"_s));
+    deliver(EventBuilder(HookEventType::userPromptSubmit).session(u"gone"_s));
+    delegate->applicationWillTerminate();
+
+    delegate.reset();
+    delegate.emplace(paths(), ports(), port);
+    launch();
+
+    ASSERT_EQ(delegate->sessionManager().sessions().size(), 1);
+    EXPECT_EQ(session()->lastPrompt(), u"Go on"_s);
+}
+
+} // namespace
+} // namespace vantry

@@ -1,0 +1,188 @@
+#include "app/control/SessionCommands.h"
+
+#include "app/control/SessionJson.h"
+#include "support/FakeControlClient.h"
+#include "support/ManualScheduler.h"
+#include "support/RecordingConsole.h"
+
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+namespace vantry {
+namespace {
+
+using namespace Qt::StringLiterals;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+constexpr std::uint16_t port = 49152;
+
+class SessionCommands : public ::testing::Test
+{
+protected:
+    SessionCommands() { listSessions({ "abc-1", "abc-2", "xyz" }); }
+
+    void listSessions(const std::vector<std::string> &ids)
+    {
+        Json::array_t sessions;
+        for (const std::string &id : ids)
+            sessions.push_back(Json { { "id", id }, { "isAlive", true } });
+        client.document = QString::fromStdString(jsonLine(statusJson(true, true, port, sessions)));
+    }
+
+    test::FakeControlClient client;
+    test::RecordingConsole console;
+};
+
+TEST(ChooseSession, takesTheWholeIDAlthoughAnotherOneBeginsWithIt)
+{
+    EXPECT_EQ(chooseSession({ u"abc-2"_s, u"abc"_s }, u"abc"_s).id, u"abc"_s);
+}
+
+TEST(ChooseSession, takesTheOnlyOneThatBeginsSo)
+{
+    EXPECT_EQ(chooseSession({ u"abc"_s, u"xyz"_s }, u"x"_s).id, u"xyz"_s);
+}
+
+TEST(ChooseSession, tellsCapitalsFromSmallLetters)
+{
+    EXPECT_FALSE(chooseSession({ u"abc"_s }, u"A"_s).id);
+}
+
+TEST(ChooseSession, namesAllThatBeginSo)
+{
+    const SessionChoice choice = chooseSession({ u"abc-1"_s, u"abc-2"_s, u"xyz"_s }, u"abc"_s);
+
+    EXPECT_FALSE(choice.id);
+    EXPECT_TRUE(choice.reason.contains(u"abc-1") && choice.reason.contains(u"abc-2"));
+    EXPECT_FALSE(choice.reason.contains(u"xyz"));
+}
+
+TEST(ChooseSession, saysThatNoneBeginsSo)
+{
+    EXPECT_FALSE(chooseSession({}, u"abc"_s).reason.isEmpty());
+}
+
+TEST_F(SessionCommands, statusPrintsTheDocumentAsItCame)
+{
+    EXPECT_EQ(runStatus({ OutputForm::Json }, client, console, port), exitCode::done);
+
+    EXPECT_EQ(console.output, client.document.toStdString() + '\n');
+    EXPECT_THAT(console.errors, IsEmpty());
+}
+
+TEST_F(SessionCommands, statusPrintsATableForPeople)
+{
+    EXPECT_EQ(runStatus({ OutputForm::Text }, client, console, port), exitCode::done);
+
+    EXPECT_THAT(console.output, HasSubstr("3 sessions"));
+    EXPECT_THAT(console.output, HasSubstr("xyz"));
+}
+
+TEST_F(SessionCommands, statusGivesScriptsADocumentWhenNothingRuns)
+{
+    client.stopRunning();
+
+    EXPECT_EQ(runStatus({ OutputForm::Json }, client, console, port), exitCode::notRunning);
+
+    EXPECT_EQ(console.output, "{\"running\":false,\"listening\":false,\"port\":49152,\"sessions\":[]}\n");
+}
+
+TEST_F(SessionCommands, statusTellsPeopleInOneLineThatNothingRuns)
+{
+    client.stopRunning();
+
+    EXPECT_EQ(runStatus({ OutputForm::Text }, client, console, port), exitCode::notRunning);
+
+    EXPECT_EQ(console.output, "");
+    EXPECT_THAT(console.errors, ElementsAre("no Vantry is running"));
+}
+
+TEST_F(SessionCommands, statusRefusesAnAnswerThatCannotBeRead)
+{
+    client.document = u"[]"_s;
+
+    EXPECT_EQ(runStatus({ OutputForm::Text }, client, console, port), exitCode::refused);
+    EXPECT_EQ(console.errors.size(), 1U);
+}
+
+TEST_F(SessionCommands, asksWithTheWholeIdentifier)
+{
+    EXPECT_EQ(runAllow({ u"xy"_s }, client, console), exitCode::done);
+    EXPECT_EQ(runDeny({ u"xyz"_s }, client, console), exitCode::done);
+    EXPECT_EQ(runDeny({ u"xyz"_s, command::Deny::Agent::Stops }, client, console), exitCode::done);
+    EXPECT_EQ(runAlwaysAllow({ u"abc-1"_s }, client, console), exitCode::done);
+    EXPECT_EQ(runKill({ u"abc-2"_s }, client, console), exitCode::done);
+
+    client.calls.removeAll(u"list"_s);
+    EXPECT_EQ(client.calls, (QStringList { u"allow xyz"_s, u"deny xyz"_s, u"deny and stop xyz"_s,
+                                           u"always-allow abc-1"_s, u"kill abc-2"_s }));
+    EXPECT_EQ(console.output, "");
+}
+
+TEST_F(SessionCommands, askForNothingWhenSeveralSessionsFit)
+{
+    EXPECT_EQ(runKill({ u"abc"_s }, client, console), exitCode::refused);
+
+    EXPECT_EQ(client.calls, QStringList { u"list"_s });
+    EXPECT_EQ(console.errors.size(), 1U);
+}
+
+TEST_F(SessionCommands, passOnWhyACallIsNotPossible)
+{
+    client.failure = ControlFailure { ControlFailure::Kind::NotPossible, u"the session asks for no permission"_s };
+
+    EXPECT_EQ(runAllow({ u"xyz"_s }, client, console), exitCode::refused);
+
+    EXPECT_THAT(console.errors, ElementsAre("the session asks for no permission"));
+}
+
+TEST_F(SessionCommands, tellThatNothingRuns)
+{
+    client.stopRunning();
+
+    EXPECT_EQ(runAllow({ u"xyz"_s }, client, console), exitCode::notRunning);
+    EXPECT_EQ(console.errors.size(), 1U);
+}
+
+class QuitCommand : public SessionCommands
+{
+protected:
+    test::ManualClock clock;
+    test::ManualScheduler scheduler { clock };
+};
+
+TEST_F(QuitCommand, isDoneWhenTheApplicationHasGone)
+{
+    EXPECT_EQ(runQuit(client, console, scheduler), exitCode::done);
+    EXPECT_THAT(console.errors, IsEmpty());
+}
+
+TEST_F(QuitCommand, isDoneWhenTheApplicationGoesWithoutAnAnswer)
+{
+    client.failure = ControlFailure { ControlFailure::Kind::Unanswered, u"the running Vantry did not answer"_s };
+
+    EXPECT_EQ(runQuit(client, console, scheduler), exitCode::done);
+}
+
+TEST_F(QuitCommand, tellsThatNothingRuns)
+{
+    client.stopRunning();
+    client.endsWhenAsked = false;
+
+    EXPECT_EQ(runQuit(client, console, scheduler), exitCode::notRunning);
+}
+
+TEST_F(QuitCommand, waitsForSomeSecondsAtMost)
+{
+    client.endsWhenAsked = false;
+    QTimer::singleShot(0, [this] { scheduler.advance(Seconds { 60 }); });
+
+    EXPECT_EQ(runQuit(client, console, scheduler), exitCode::refused);
+    EXPECT_EQ(console.errors.size(), 1U);
+}
+
+} // namespace
+} // namespace vantry

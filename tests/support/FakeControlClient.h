@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/ControlClient.h"
+
+#include <QStringList>
+
+namespace vantry::test {
+
+/// A running application that a test makes up: what it answers, and what it was asked for.
+class FakeControlClient final : public ControlClient
+{
+public:
+    using Failure = std::optional<ControlFailure>;
+
+    [[nodiscard]] bool isConnected() const override { return connected; }
+    [[nodiscard]] std::variant<QString, ControlFailure> list() override
+    {
+        calls.append(QStringLiteral("list"));
+        if (failure && failure->kind == ControlFailure::Kind::NotRunning)
+            return *failure;
+        return document;
+    }
+    [[nodiscard]] Failure allow(const QString &id) override { return record(QStringLiteral("allow ") + id); }
+    [[nodiscard]] Failure deny(const QString &id, bool stop) override
+    {
+        return record((stop ? QStringLiteral("deny and stop ") : QStringLiteral("deny ")) + id);
+    }
+    [[nodiscard]] Failure alwaysAllow(const QString &id) override
+    {
+        return record(QStringLiteral("always-allow ") + id);
+    }
+    [[nodiscard]] Failure kill(const QString &id) override { return record(QStringLiteral("kill ") + id); }
+    [[nodiscard]] Failure activate() override { return record(QStringLiteral("activate")); }
+    [[nodiscard]] Failure quit() override
+    {
+        Failure result = record(QStringLiteral("quit"));
+        if (endsWhenAsked && listener.onGone)
+            listener.onGone();
+        return result;
+    }
+    void follow(Listener given) override
+    {
+        calls.append(QStringLiteral("follow"));
+        listener = std::move(given);
+    }
+
+    /// As if no application ran.
+    void stopRunning()
+    {
+        failure = ControlFailure { ControlFailure::Kind::NotRunning, QStringLiteral("no Vantry is running") };
+    }
+
+    bool connected { true };
+    QString document;
+    Failure failure; ///< What every call but list() gives; list() too, when nothing is running.
+    bool endsWhenAsked { true };
+    Listener listener;
+    QStringList calls;
+
+private:
+    Failure record(const QString &call)
+    {
+        calls.append(call);
+        return failure;
+    }
+};
+
+} // namespace vantry::test

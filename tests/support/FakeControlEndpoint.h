@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/ControlEndpoint.h"
+
+#include <QList>
+#include <QStringList>
+
+namespace vantry::test {
+
+/// Records what is announced; a test plays the callers through `requests`.
+class FakeControlEndpoint final : public ControlEndpoint
+{
+public:
+    Publication publish(ControlRequests &given) override
+    {
+        if (publication == Publication::Published)
+            requests = &given;
+        return publication;
+    }
+    void withdraw() override
+    {
+        requests = nullptr;
+        ++withdrawals;
+    }
+    void announceChanged(const QString &sessionJson) override { changed.append(sessionJson); }
+    void announceRemoved(const QString &sessionID) override { removed.append(sessionID); }
+    void announceListening(bool isListening) override { listening.append(isListening); }
+
+    Publication publication { Publication::Published }; ///< What publish() will give.
+    ControlRequests *requests { nullptr };              ///< Null while not published.
+    int withdrawals { 0 };
+    QStringList changed;
+    QStringList removed;
+    QList<bool> listening;
+};
+
+} // namespace vantry::test
