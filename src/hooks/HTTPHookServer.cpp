@@ -3,7 +3,9 @@
 #include "hooks/HookIntake.h"
 
 #include <chrono>
+#include <functional>
 #include <utility>
+#include <vector>
 
 namespace vantry {
 
@@ -57,7 +59,7 @@ private:
     }
     void requested(HookEvent event, HookConnectionPtr connection) override
     {
-        // One task for both callbacks: nothing comes between them.
+        // One call for both callbacks: nothing comes between them.
         post([shared = std::make_shared<const HookEvent>(std::move(event)),
               held = std::move(connection)](HTTPHookServer &server) {
             if (server.onPermissionRequest)
@@ -67,18 +69,30 @@ private:
         });
     }
 
-    template <typename Function>
-    void post(Function function)
+    using Call = std::function<void(HTTPHookServer &)>;
+
+    void post(Call call)
     {
-        m_mainQueue.post([server = std::weak_ptr(m_server), call = std::move(function)] {
-            if (const auto alive = server.lock())
-                call(**alive);
+        m_gathered.push_back(std::move(call));
+        if (m_gathered.size() == 1)
+            m_intake.afterThis([this] { handOver(); });
+    }
+
+    /// Waking the main thread is dear: it happens once for what has gathered, when the answers are on their way.
+    void handOver()
+    {
+        m_mainQueue.post([server = std::weak_ptr(m_server), calls = std::exchange(m_gathered, {})] {
+            for (const Call &call : calls) {
+                if (const auto alive = server.lock())
+                    call(**alive);
+            }
         });
     }
 
     const std::shared_ptr<HTTPHookServer *> m_server; ///< Gone when the server is.
     MainQueue &m_mainQueue;
-    HookIntake m_intake; ///< Last: its thread uses all of the above.
+    std::vector<Call> m_gathered; ///< The intake thread's own.
+    HookIntake m_intake;          ///< Last: its thread uses all of the above.
 };
 
 HTTPHookServer::HTTPHookServer(MainQueue &mainQueue, Scheduler &scheduler, Log &log, PeerIdentity &peers,

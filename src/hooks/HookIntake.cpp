@@ -66,6 +66,11 @@ void HookIntake::stopListening()
     asio::post(*m_loop, [this] { closeListeners(); });
 }
 
+void HookIntake::afterThis(std::function<void()> function)
+{
+    asio::post(*m_loop, std::move(function));
+}
+
 void HookIntake::run()
 {
     for (;;) {

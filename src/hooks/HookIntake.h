@@ -11,6 +11,7 @@
 #include <asio/steady_timer.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -19,7 +20,7 @@
 
 namespace vantry {
 
-/// What the intake thread hands over. Called on the intake thread; each call does no more than to post to the main one.
+/// What the intake thread hands over to the main one. Called on the intake thread; no call waits.
 class IntakeSink
 {
 public:
@@ -54,6 +55,9 @@ public:
     void listen(std::uint16_t port, std::uint64_t generation, PermissionRequests permissionRequests);
     /// Accepts no more. Connections that are open go on.
     void stopListening();
+
+    /// Intake thread: runs the function soon, but not before what runs now has ended.
+    void afterThis(std::function<void()> function);
 
 private:
     struct Listener;

@@ -129,11 +129,7 @@ std::optional<std::uint64_t> RequestFraming::announcedLength() const
 
 bool RequestFraming::isExhausted() const
 {
-    if (!m_headerLength)
-        return false;
-    if (const auto announced = announcedLength())
-        return m_length == *announced;
-    return m_isGet && !m_contentLength && bodyLength() == 0;
+    return announcedLength() == m_length;
 }
 
 } // namespace vantry

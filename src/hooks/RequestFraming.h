@@ -32,7 +32,8 @@ public:
     [[nodiscard]] std::size_t bodyOffset() const { return *m_headerLength + separator.size(); }
     /// How many bytes the whole request has, as far as its header block tells; nothing when it doesn't.
     [[nodiscard]] std::optional<std::uint64_t> announcedLength() const;
-    /// Whether the peer has sent just what it announced, so that no more is to be expected from it.
+    /// Whether the peer has sent just what it announced, so that no more is to be expected from it. False when it has
+    /// announced nothing.
     [[nodiscard]] bool isExhausted() const;
 
     /// Ends the header block.

@@ -165,7 +165,8 @@ TEST(RequestFraming, isExhaustedWhenThePeerHasSentWhatItAnnounced)
 {
     EXPECT_TRUE(framed(post("Content-Length: 3\r\nHost: h", "abc")).isExhausted());
     EXPECT_TRUE(framed(post("Host: h\r\nContent-Length: 3", "abc")).isExhausted());
-    EXPECT_TRUE(framed("GET / HTTP/1.1\r\n\r\n").isExhausted());
+    EXPECT_TRUE(framed("GET / HTTP/1.1\r\nContent-Length: 0\r\nHost: h\r\n\r\n").isExhausted());
+    EXPECT_FALSE(framed("GET / HTTP/1.1\r\n\r\n").isExhausted());
     EXPECT_FALSE(framed(post("Content-Length: 3\r\nHost: h", "abcd")).isExhausted());
     EXPECT_FALSE(framed(post("Host: h\r\nContent-Length: 3", "")).isExhausted());
     EXPECT_FALSE(framed(post("Host: h", "")).isExhausted());
