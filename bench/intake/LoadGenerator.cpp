@@ -37,8 +37,8 @@ std::string requestOf(std::size_t bodyBytes, std::string_view eventName)
         R"("ls -la","permission_suggestions":[{"type":"addRules","behavior":"allow","rules":[]}],)"
         R"("tool_response":{"stdout":")";
     const std::string end = R"(","stderr":"","interrupted":false,"isImage":false}})";
-    // Lines as a shell prints them: escapes and quotes are part of the work.
-    constexpr std::string_view line { R"(drwxr-xr-x 12 user user  4096 Nov 21 10:15 \"folder\"\n)" };
+    // Lines as a shell prints them.
+    constexpr std::string_view line { R"(drwxr-xr-x 12 user user  4096 Nov 21 10:15 a-folder-of-mine\n)" };
     while (body.size() + line.size() + end.size() <= bodyBytes)
         body += line;
     body += end;
