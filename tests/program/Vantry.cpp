@@ -45,8 +45,11 @@ Vantry::Vantry(Bus bus)
 
 Vantry::~Vantry()
 {
-    if (m_application && ::testing::Test::HasFailure())
-        std::fprintf(stderr, "---- the program's log:\n%s----\n", logText().c_str());
+    if (m_application && ::testing::Test::HasFailure()) {
+        m_application->killAndWait();
+        std::fprintf(stderr, "---- the program's log:\n%s---- its standard error:\n%s----\n", logText().c_str(),
+                     m_application->readAllStandardError().constData());
+    }
     if (!m_busAddress.isEmpty())
         QDBusConnection::disconnectFromBus(m_busAddress);
 }
