@@ -3,9 +3,7 @@
 #include "hooks/HookIntake.h"
 
 #include <chrono>
-#include <functional>
 #include <utility>
-#include <vector>
 
 namespace vantry {
 
@@ -35,7 +33,6 @@ class HTTPHookServer::Intake final : private IntakeSink
 public:
     Intake(HTTPHookServer &server, PeerIdentity &peers)
         : m_server(std::make_shared<HTTPHookServer *>(&server))
-        , m_mainQueue(server.m_mainQueue)
         , m_intake(server.m_mainQueue, server.m_log, peers, *this)
     {}
 
@@ -69,30 +66,17 @@ private:
         });
     }
 
-    using Call = std::function<void(HTTPHookServer &)>;
-
+    template <typename Call>
     void post(Call call)
     {
-        m_gathered.push_back(std::move(call));
-        if (m_gathered.size() == 1)
-            m_intake.afterThis([this] { handOver(); });
-    }
-
-    /// Waking the main thread is dear: it happens once for what has gathered, when the answers are on their way.
-    void handOver()
-    {
-        m_mainQueue.post([server = std::weak_ptr(m_server), calls = std::exchange(m_gathered, {})] {
-            for (const Call &call : calls) {
-                if (const auto alive = server.lock())
-                    call(**alive);
-            }
+        m_intake.handOver([server = std::weak_ptr(m_server), call = std::move(call)] {
+            if (const auto alive = server.lock())
+                call(**alive);
         });
     }
 
     const std::shared_ptr<HTTPHookServer *> m_server; ///< Gone when the server is.
-    MainQueue &m_mainQueue;
-    std::vector<Call> m_gathered; ///< The intake thread's own.
-    HookIntake m_intake;          ///< Last: its thread uses all of the above.
+    HookIntake m_intake;                              ///< Last: its thread uses all of the above.
 };
 
 HTTPHookServer::HTTPHookServer(MainQueue &mainQueue, Scheduler &scheduler, Log &log, PeerIdentity &peers,

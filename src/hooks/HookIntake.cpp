@@ -12,11 +12,15 @@ namespace vantry {
 namespace {
 
 constexpr std::size_t largestRead = 65536;
+constexpr std::size_t largestSpare = std::size_t { 1 } << 20;
 /// After so many connections in a row those that are open get their turn.
 constexpr int acceptsPerTurn = 64;
 /// How long accepting pauses when there is no descriptor left and no connection ends.
 constexpr std::chrono::milliseconds acceptPause { 100 };
 constexpr std::chrono::seconds patienceAtEnd { 1 };
+/// How long events gather that come close upon each other. Nobody sees it, and a storm of them wakes the main thread
+/// some hundred times a second instead of thousands of times.
+constexpr std::chrono::milliseconds gatheringTime { 2 };
 
 bool meansShortage(std::error_code error)
 {
@@ -44,6 +48,7 @@ HookIntake::HookIntake(MainQueue &mainQueue, Log &log, PeerIdentity &peers, Inta
     , m_scratch(largestRead + HookEvent::padding)
     , m_pause(*m_loop)
     , m_patience(*m_loop)
+    , m_gathering(*m_loop)
     , m_thread([this] { run(); })
 {}
 
@@ -66,9 +71,30 @@ void HookIntake::stopListening()
     asio::post(*m_loop, [this] { closeListeners(); });
 }
 
-void HookIntake::afterThis(std::function<void()> function)
+void HookIntake::handOver(MainQueue::Task task)
 {
-    asio::post(*m_loop, std::move(function));
+    m_gathered.push_back(std::move(task));
+    if (m_gathered.size() > 1)
+        return;
+    const auto next = m_lastPassedOn + gatheringTime;
+    if (next <= asio::steady_timer::clock_type::now())
+        return passOn();
+    m_gathering.expires_at(next);
+    m_gathering.async_wait([this](std::error_code error) {
+        if (!error)
+            passOn();
+    });
+}
+
+void HookIntake::passOn()
+{
+    if (m_gathered.empty())
+        return;
+    m_lastPassedOn = asio::steady_timer::clock_type::now();
+    m_mainQueue.post([tasks = std::exchange(m_gathered, {})] {
+        for (const MainQueue::Task &task : tasks)
+            task();
+    });
 }
 
 void HookIntake::run()
@@ -86,6 +112,19 @@ void HookIntake::run()
 std::span<char> HookIntake::scratch()
 {
     return { m_scratch.data(), largestRead };
+}
+
+ReceiveBuffer HookIntake::takeBuffer()
+{
+    return std::exchange(m_spare, {});
+}
+
+void HookIntake::recycle(ReceiveBuffer buffer)
+{
+    if (buffer.capacity() <= m_spare.capacity() || buffer.capacity() > largestSpare)
+        return;
+    buffer.reuse();
+    m_spare = std::move(buffer);
 }
 
 void HookIntake::requested(HookEvent event, HookConnectionPtr connection)
@@ -210,6 +249,8 @@ void HookIntake::beginEnd()
 {
     m_ending = true;
     closeListeners();
+    m_gathering.cancel();
+    passOn();
     m_work.reset();
     for (const auto &connection : openConnections())
         connection->closeUnlessAnswering();

@@ -11,7 +11,6 @@
 #include <asio/steady_timer.hpp>
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -56,8 +55,9 @@ public:
     /// Accepts no more. Connections that are open go on.
     void stopListening();
 
-    /// Intake thread: runs the function soon, but not before what runs now has ended.
-    void afterThis(std::function<void()> function);
+    /// Intake thread, for the sink: has the main thread run the task. One that comes alone goes at once; those that
+    /// follow it closely gather for a moment and go together, since waking the main thread is dear.
+    void handOver(MainQueue::Task task);
 
 private:
     struct Listener;
@@ -65,6 +65,8 @@ private:
     // What connections need.
     [[nodiscard]] std::shared_ptr<asio::io_context> loop() override { return m_loop; }
     [[nodiscard]] std::span<char> scratch() override;
+    [[nodiscard]] ReceiveBuffer takeBuffer() override;
+    void recycle(ReceiveBuffer buffer) override;
     [[nodiscard]] MainQueue &mainQueue() override { return m_mainQueue; }
     [[nodiscard]] Log &log() override { return m_log; }
     [[nodiscard]] bool holdsPermissionRequests() const override { return m_holdsPermissionRequests; }
@@ -82,6 +84,7 @@ private:
     void greet(IntakeSocket socket);
     void pauseAccepting();
     void resumeAccepting();
+    void passOn();
     void beginEnd();
     [[nodiscard]] std::vector<std::shared_ptr<IntakeConnection>> openConnections() const;
 
@@ -98,8 +101,12 @@ private:
     std::vector<std::shared_ptr<Listener>> m_listeners;
     std::unordered_set<IntakeConnection *> m_connections; ///< Those that the loop knows.
     std::vector<char> m_scratch;
+    ReceiveBuffer m_spare; ///< Of the last larger request, since fresh memory costs more than the copying into it.
     asio::steady_timer m_pause;
-    asio::steady_timer m_patience; ///< How long the end waits for answers.
+    asio::steady_timer m_patience;           ///< How long the end waits for answers.
+    std::vector<MainQueue::Task> m_gathered; ///< Waits for the timer; in between, nothing does.
+    asio::steady_timer m_gathering;
+    asio::steady_timer::time_point m_lastPassedOn;
     bool m_holdsPermissionRequests { false };
     bool m_acceptPaused { false };
     bool m_ending { false };

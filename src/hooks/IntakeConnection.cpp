@@ -154,6 +154,7 @@ void IntakeConnection::take(std::string_view bytes)
 
 void IntakeConnection::keep(std::string_view bytes)
 {
+    m_buffer = m_owner.takeBuffer();
     // One read's room beyond what was announced, so that the last read needs no growth.
     if (const auto announced = m_framing.announcedLength())
         m_buffer.reserve(std::min(*announced, largestReservation) + m_owner.scratch().size());
@@ -166,7 +167,7 @@ void IntakeConnection::process(std::string_view bytes)
     if (const auto *response = std::get_if<HTTPResponse>(&request))
         return answer(*response);
     auto decoded = HookEvent::decodePadded(std::get<HookBody>(request).json);
-    m_buffer.clear();
+    m_owner.recycle(std::move(m_buffer));
     if (const auto *reason = std::get_if<std::string>(&decoded)) {
         // Never a failure for the agent: its hook must neither hang nor report an error.
         m_owner.log().write("HTTPHookServer: failed to decode JSON: " + *reason);
@@ -191,8 +192,9 @@ void IntakeConnection::deliver(HookEvent event)
     } else if (type == HookEventType::permissionRequest && m_owner.holdsPermissionRequests()) {
         hold(std::move(event));
     } else {
-        m_owner.received(std::move(event));
+        // The agent goes on while the main thread is woken.
         answer(responses::ok);
+        m_owner.received(std::move(event));
     }
 }
 

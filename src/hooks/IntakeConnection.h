@@ -34,6 +34,9 @@ public:
         [[nodiscard]] virtual std::shared_ptr<asio::io_context> loop() = 0;
         /// Room for one read, with HookEvent::padding behind it. Its content lasts until the next read of anybody.
         [[nodiscard]] virtual std::span<char> scratch() = 0;
+        /// An empty buffer for a request that doesn't fit in one read; recycle() takes it back after use.
+        [[nodiscard]] virtual ReceiveBuffer takeBuffer() = 0;
+        virtual void recycle(ReceiveBuffer buffer) = 0;
         [[nodiscard]] virtual MainQueue &mainQueue() = 0;
         [[nodiscard]] virtual Log &log() = 0;
         [[nodiscard]] virtual bool holdsPermissionRequests() const = 0;

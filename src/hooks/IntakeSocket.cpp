@@ -98,7 +98,7 @@ IntakeSocket::Transfer IntakeSocket::receive(std::span<char> room)
 IntakeSocket::Transfer IntakeSocket::send(std::string_view bytes)
 {
     for (;;) {
-        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_MORE);
         if (sent >= 0)
             return { static_cast<std::size_t>(sent), {} };
         if (errno != EINTR)

@@ -4,8 +4,23 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace vantry {
+
+ReceiveBuffer::ReceiveBuffer(ReceiveBuffer &&other) noexcept
+    : m_data(std::move(other.m_data))
+    , m_size(std::exchange(other.m_size, 0))
+    , m_capacity(std::exchange(other.m_capacity, 0))
+{}
+
+ReceiveBuffer &ReceiveBuffer::operator=(ReceiveBuffer &&other) noexcept
+{
+    m_data = std::move(other.m_data);
+    m_size = std::exchange(other.m_size, 0);
+    m_capacity = std::exchange(other.m_capacity, 0);
+    return *this;
+}
 
 std::span<char> ReceiveBuffer::makeRoom(std::size_t room)
 {

@@ -15,6 +15,10 @@ namespace vantry {
 class ReceiveBuffer
 {
 public:
+    ReceiveBuffer() = default;
+    ReceiveBuffer(ReceiveBuffer &&other) noexcept;
+    ReceiveBuffer &operator=(ReceiveBuffer &&other) noexcept;
+
     [[nodiscard]] bool isEmpty() const { return m_size == 0; }
     [[nodiscard]] std::string_view bytes() const { return { m_data.get(), m_size }; }
 
@@ -25,8 +29,11 @@ public:
     void append(std::string_view bytes);
     /// Makes sure of room for so many bytes in all. For a size that is known beforehand; growth needs none.
     void reserve(std::size_t size);
+    /// Forgets the bytes and keeps the memory.
+    void reuse() { m_size = 0; }
     /// Gives the memory back.
     void clear();
+    [[nodiscard]] std::size_t capacity() const { return m_capacity; }
 
 private:
     struct Free
