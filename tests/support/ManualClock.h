@@ -21,8 +21,8 @@ public:
     void setWallClock(Date date) { m_now = date; }
 
 private:
-    Date m_now { std::chrono::sys_days { std::chrono::year { 2026 } / 1 / 31 } + std::chrono::hours { 9 }
-                 + std::chrono::minutes { 5 } + std::chrono::milliseconds { 7250 } };
+    Date m_now { std::chrono::sys_days { std::chrono::year { 2026 } / 1 / 31 } + std::chrono::hours { 9 } +
+                 std::chrono::minutes { 5 } + std::chrono::milliseconds { 7250 } };
     MonotonicTime m_monotonic { std::chrono::hours { 1 } };
 };
 
