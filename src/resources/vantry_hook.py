@@ -32,7 +32,8 @@ TELLING = "command file_path notebook_path pattern url query skill subject descr
 # Prompts that no person typed.
 MACHINE = ("<task-notification>", "<bash-input>", "<bash-stdout>", "<bash-stderr>", "<local-command-", "<command-name>",
            "<command-message>", "<command-args>")
-# PreToolUse announces their dialogs. One is open at a time, and PostToolUse brings other arguments.
+# PreToolUse announces their dialogs, PermissionRequest opens them. One is open at a time, and PostToolUse brings other
+# arguments.
 DIALOGS = ("AskUserQuestion", "ExitPlanMode")
 
 
@@ -129,6 +130,10 @@ def alive(pid):
         return type(error) is PermissionError
 
 
+def start_of(pid):
+    return ((pid and process(pid)) or (None,))[-1]
+
+
 def lineage(pid):
     while pid > 1:
         seen = process(pid)
@@ -178,9 +183,9 @@ def terminal():
     return (None, None) if sys.platform == "darwin" else ("x11-window", env("WINDOWID", ""))
 
 
-# Marks, by which the hooks of one session tell each other what is open: in the session's own folder a file "ask-TOOL"
-# while the dialog of a question or plan is open, and a FIFO "wait-CALL-PID" for each hook that waits for an answer; a
-# byte in it says that the terminal has answered. With nothing open there is no such folder.
+# Marks, by which the hooks of one session tell each other what is open, are FIFOs in the session's own folder:
+# "ask-TOOL" while the dialog of a question or plan is open, and "wait-CALL-PID" for each hook that waits for an answer;
+# a byte in it says that the terminal has answered. With nothing open there is no such folder.
 
 def session_folder(session):
     if not (session.isascii() and session.replace("-", "").isalnum() and len(session) <= 64):
@@ -197,25 +202,37 @@ def marks_of(folder):
         return []
 
 
-def make_mark(folder, name, make):
-    """The path of a new mark, or None where none can be kept. What was left there a day ago is cleared away."""
+def forget_yesterday():
+    """Clears away what was left a day ago, by hooks and agents that were killed."""
     from time import time
-    path = folder + "/" + name
-    for _ in range(3):  # another hook may remove the emptied folder in between
+    for name in os.listdir(FOLDER):
+        path = FOLDER + "/" + name
         try:
-            if not make_private(FOLDER):
-                return None
-            for old in os.listdir(FOLDER):
-                old = FOLDER + "/" + old
-                if os.lstat(old).st_mtime < time() - 86400:
-                    remove_marks(old, os.listdir(old)) if os.path.isdir(old) else os.unlink(old)
-            if make_private(folder):
-                make(path)
-                return path
-        except FileExistsError:
-            return path
+            if os.lstat(path).st_mtime < time() - 86400:
+                remove_marks(path, os.listdir(path)) if os.path.isdir(path) else os.unlink(path)
+        except OSError:
+            pass  # another hook was quicker
+
+
+def make_mark(folder, name):
+    """Makes a mark and opens it. None where no mark can be kept."""
+    draft = "%s/draft-%d" % (FOLDER, os.getpid())
+    try:
+        if not make_private(FOLDER):
+            return None
+        forget_yesterday()
+        os.mkfifo(draft, 0o600)
+        mark = os.open(draft, os.O_RDWR | os.O_NONBLOCK)  # before others see it: who reads it, lives
+    except OSError:
+        return None
+    for _ in range(10):  # another hook may remove the emptied folder in between
+        try:
+            make_private(folder)
+            os.rename(draft, folder + "/" + name)
+            return mark
         except OSError:
             pass
+    os.unlink(draft)
     return None
 
 
@@ -252,8 +269,8 @@ def settle(folder, marks, event, agent_id, tool, arguments, typed):
     over = ()
     if event == "SessionEnd":
         over = ("ask-", "wait-")
-    elif event == "SessionStart":
-        over = ("ask-",)
+    elif event == "SessionStart" or not agent_id and event in ("PreToolUse", "PermissionRequest"):
+        over = ("ask-",)  # the main agent has gone on; of an Esc in its dialog no event told
     elif event in ("PostToolUse", "PostToolUseFailure"):
         over = ("ask-%s" % tool, waiting_mark(agent_id, tool, arguments))
     elif not agent_id and (event == "Stop" or event == "UserPromptSubmit" and typed):
@@ -288,28 +305,24 @@ def connect(port, limit):
     return connection
 
 
+def seconds_until(deadline):
+    left = deadline - monotonic()
+    return left if left > 0 else refuse(deadline)
+
+
 def send(connection, port, body, deadline):
     # Vantry heeds only a Content-Length that is not the last header line.
     head = ("POST /hook HTTP/1.1\r\nHost: 127.0.0.1:%d\r\nContent-Length: %d\r\n"
             "Content-Type: application/json\r\nConnection: close\r\n\r\n" % (port, len(body)))
-    connection.settimeout(max(deadline - monotonic(), 0.001))
+    connection.settimeout(seconds_until(deadline))
     connection.sendall(head.encode() + body)
-
-
-def post(port, body, limit):
-    """Delivers an event and waits, within the limit in seconds, until Vantry has taken it."""
-    deadline = monotonic() + limit + len(body) / 64e6
-    connection = connect(port, limit)
-    send(connection, port, body, deadline)
-    while connection.recv(65536):
-        connection.settimeout(max(deadline - monotonic(), 0.001))
 
 
 def receive(connection, deadline):
     """The body of a whole answer with status 200, else nothing. Raises when it does not come in time."""
     data, start, end = bytearray(), 0, 0
     while not end or len(data) < end:
-        connection.settimeout(max(deadline - monotonic(), 0.001))
+        connection.settimeout(seconds_until(deadline))
         piece = connection.recv(65536)
         data += piece
         if not start and b"\r\n\r\n" in data:
@@ -323,6 +336,14 @@ def receive(connection, deadline):
     return bytes(data[start:end or None]) if start and len(data) >= end else b""
 
 
+def post(port, body, limit):
+    """Delivers an event and waits, within the limit in seconds, until Vantry has taken it."""
+    deadline = monotonic() + limit + len(body) / 64e6
+    connection = connect(port, limit)
+    send(connection, port, body, deadline)
+    receive(connection, deadline)
+
+
 # A permission request.
 
 class Terminated(Exception):
@@ -332,7 +353,7 @@ class Terminated(Exception):
 def answer_begins(connection, agent, fifo):
     """Waits. True when an answer comes, False when the terminal has answered or the agent has gone."""
     from select import select
-    watched, period, started = [connection.fileno()], 0.5, agent and process(agent)
+    watched, period, started = [connection.fileno()], 0.5, start_of(agent)
     if fifo is not None:
         watched.append(fifo)
     try:
@@ -344,7 +365,7 @@ def answer_begins(connection, agent, fifo):
         ready = select(watched, [], [], period)[0]
         if ready:
             return watched[0] in ready
-        if agent and not (alive(agent) and process(agent) == started):
+        if agent and not (alive(agent) and start_of(agent) == started):
             return False
 
 
@@ -352,7 +373,7 @@ def request_permission(port, body, folder, mark, agent, refusal):
     """Posts the request and waits for its answer, as long as it takes. SIGTERM means that the user said No in the
     terminal, of which no event tells: then the event `refusal`, if there is one, is posted."""
     import signal
-    began, connection, path, refused = monotonic(), None, None, False
+    began, connection, refused = monotonic(), None, False
 
     def terminated(*_):
         signal.signal(signal.SIGTERM, signal.SIG_IGN)
@@ -361,19 +382,17 @@ def request_permission(port, body, folder, mark, agent, refusal):
     try:
         signal.signal(signal.SIGTERM, terminated)
         connection = connect(port, 0.8)
-        path = make_mark(folder, mark + str(os.getpid()), lambda name: os.mkfifo(name, 0o600))
-        fifo = os.open(path, os.O_RDWR | os.O_NONBLOCK) if path else None
+        fifo = make_mark(folder, mark)
         send(connection, port, body, monotonic() + 5 + len(body) / 64e6)
         if answer_begins(connection, agent, fifo):
             answer = receive(connection, monotonic() + 1)
             signal.signal(signal.SIGTERM, signal.SIG_IGN)
-            if members(answer.decode()):
-                write(1, answer)
+            members(answer.decode())
+            write(1, answer)
     except Terminated:
         refused = True
     finally:
-        if path:
-            remove_marks(folder, [os.path.basename(path)])
+        remove_marks(folder, [mark])
         if connection:
             connection.close()
     # After 600 seconds the agent itself gives the hook up, and its dialog stays open.
@@ -455,10 +474,17 @@ def tend_worktree(event, cwd, name, path):
 # One event.
 
 def read_input():
-    pieces = [os.read(0, 1 << 20)]
-    while pieces[-1]:
-        pieces.append(os.read(0, 1 << 20))
-    return b"".join(pieces).decode("utf-8", "replace")
+    """The members of the event. It may end before the input does, which its writer can leave open."""
+    pieces = []
+    while True:
+        piece = os.read(0, 1 << 20)
+        pieces.append(piece)
+        if not piece or piece.rstrip().endswith(b"}"):
+            try:
+                return members(b"".join(pieces).decode("utf-8", "replace"))
+            except Exception:
+                if not piece:
+                    raise
 
 
 def json_text(payload):
@@ -479,7 +505,8 @@ def make_decodable(payload):
 
 def main():
     port = int(sys.argv[sys.argv.index("--port") + 1])
-    payload = members(read_input())
+    sys.setrecursionlimit(3000)  # Vantry takes values that are nested 512 deep
+    payload = read_input()
     make_decodable(payload)
 
     def given(key):
@@ -504,8 +531,8 @@ def main():
     if event == "Notification" and given("notification_type") == "permission_prompt" and any(
             [mark.startswith("ask-") for mark in marks]):
         return  # about the dialog that PreToolUse has announced; another word would contradict it
-    if event == "PreToolUse" and tool in DIALOGS:
-        make_mark(folder, "ask-" + tool, lambda name: os.close(os.open(name, os.O_CREAT | os.O_WRONLY, 0o600)))
+    if event in ("PreToolUse", "PermissionRequest") and tool in DIALOGS:
+        make_mark(folder, "ask-" + tool)
     if event in ("WorktreeCreate", "WorktreeRemove"):
         tend_worktree(event, given("cwd"), given("name"), given("worktree_path"))
 
@@ -527,17 +554,18 @@ def main():
         return
     told = {key: payload[key] for key in ("session_id", "cwd", "transcript_path", "tool_name") if key in payload}
     told.update(hook_event_name=(None, '"PostToolUseFailure"'), is_interrupt=(None, "true"))
-    request_permission(port, body, folder, waiting_mark(agent_id, tool, arguments), agent,
-                       None if agent_id else json_text(told))
+    request_permission(port, body, folder, waiting_mark(agent_id, tool, arguments) + str(os.getpid()),
+                       agent, None if agent_id else json_text(told))
 '''
 
 
 def private_folder():
     runtime = os.environ.get("XDG_RUNTIME_DIR", "")
-    if runtime.startswith("/") and os.access(runtime, os.W_OK | os.X_OK):
+    # Who became another user may have kept the variable.
+    if runtime.startswith("/") and os.access(runtime, os.W_OK | os.X_OK) and os.stat(runtime).st_uid == os.geteuid():
         return runtime + "/vantry-hook"
     temporary = os.environ.get("TMPDIR", "")
-    return "%s/vantry-hook-%d" % (temporary if temporary.startswith("/") else "/tmp", os.getuid())
+    return "%s/vantry-hook-%d" % (temporary if temporary.startswith("/") else "/tmp", os.geteuid())
 
 
 def is_private(folder):
@@ -553,25 +581,28 @@ def make_private(folder):
     return is_private(folder)
 
 
-def kept_code(path):
+def compiled_hook():
+    """HOOK's compiled form, kept for the next run. What it is run from, nobody else can have written, since the folder
+    is private; and it is whole, since it carries a checksum."""
     import marshal
-    with open(path, "rb") as file:
-        status = os.fstat(file.fileno())
-        # Nobody else can have made a file that is ours, wherever the path leads.
-        if status.st_uid == os.geteuid() and status.st_mode & 0o170777 == 0o100600:
-            return marshal.loads(file.read())
-    raise PermissionError(path)
-
-
-def compiled():
+    from _imp import source_hash
+    version = sys.hexversion
+    path = "%s/%s-%s" % (FOLDER, sys.implementation.cache_tag, source_hash(version, HOOK.encode()).hex())
+    try:
+        if is_private(FOLDER):
+            with open(path, "rb") as file:
+                kept = file.read()
+            if source_hash(version, kept[8:]) == kept[:8]:
+                return marshal.loads(kept[8:])
+    except OSError:
+        pass
     code = compile(HOOK, __file__, "exec")
     try:
-        import marshal
         if make_private(FOLDER):
-            draft = "%s.%d" % (KEPT, os.getpid())
+            data, draft = marshal.dumps(code), "%s.%d" % (path, os.getpid())
             with open(os.open(draft, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600), "wb") as file:
-                file.write(marshal.dumps(code))
-            os.rename(draft, KEPT)
+                file.write(source_hash(version, data) + data)
+            os.rename(draft, path)
     except OSError:
         pass  # then it is compiled each time
     return code
@@ -579,14 +610,9 @@ def compiled():
 
 if __name__ == "__main__":
     try:
-        from _imp import source_hash
+        sys.path.pop(0)  # the folder of the user's hooks, which could pass for modules of the library
         FOLDER = private_folder()
-        KEPT = "%s/%s-%s" % (FOLDER, sys.implementation.cache_tag, source_hash(sys.hexversion, HOOK.encode()).hex())
-        try:
-            CODE = kept_code(KEPT)
-        except (OSError, EOFError, ValueError, TypeError):
-            CODE = compiled()
-        exec(CODE)
+        exec(compiled_hook())
         main()
     except BaseException:
         pass  # the agent must never see a failure of ours

@@ -1,11 +1,13 @@
 """The hook script while it waits for a permission's answer, and how the hooks of one session tell each other."""
 import json
 import os
+import pathlib
 import signal
+import subprocess
 import time
 import unittest
 
-from hook_script_support import ALLOW, FIXTURES, HookTest, answer_with
+from hook_script_support import ALLOW, FIXTURES, PATIENCE, HookTest, answer_with
 
 BASH = {"tool_name": "Bash", "tool_input": {"command": "touch x", "description": "Touch"}}
 OTHER = {"tool_name": "Bash", "tool_input": {"command": "touch y"}}
@@ -21,6 +23,12 @@ class PermissionTest(HookTest):
         self.listener.bodies()
         process = self.start(event("PermissionRequest", **(call or BASH)))
         return process, self.listener.next()
+
+    def wait_until(self, condition):
+        end = time.monotonic() + PATIENCE
+        while not condition():
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
 
     def assert_leaves(self, waiting, held):
         self.finish(waiting, printed=b"")
@@ -59,6 +67,11 @@ class Answers(PermissionTest):
         body = b'{"a":"' + b"x" * 3_000_000 + b'"}'
         held.answer(answer_with(body))
         self.finish(waiting, printed=body)
+
+    def test_prints_an_answer_that_decides_nothing(self):
+        waiting, held = self.ask()
+        held.answer(answer_with(b"{}"))
+        self.finish(waiting, printed=b"{}")
 
     def test_prints_nothing_when_the_connection_is_closed_or_reset(self):
         for end in ("close", "reset"):
@@ -109,6 +122,15 @@ class AnsweredInTheTerminal(PermissionTest):
     def test_a_plans_dialog_ends_with_other_arguments_than_it_began(self):
         waiting, held = self.ask(tool_name="ExitPlanMode", tool_input={"plan": "# Plan"})
         self.run_hook(event("PostToolUse", tool_name="ExitPlanMode", tool_input={}))
+        self.assert_leaves(waiting, held)
+
+    def test_arguments_may_be_nested_deeply(self):
+        arguments = {"deep": 1}
+        for _ in range(250):
+            arguments = {"deep": [arguments]}
+        call = {"tool_name": "mcp__a__b", "tool_input": arguments}
+        waiting, held = self.ask(**call)
+        self.run_hook(event("PostToolUse", **call))
         self.assert_leaves(waiting, held)
 
     def test_stays_for_what_concerns_others(self):
@@ -174,6 +196,31 @@ class AnsweredInTheTerminal(PermissionTest):
         self.run_hook(event("PreToolUse", **OTHER))
         self.assertFalse((self.folder / "vantry-hook/s-1").exists())
 
+    def test_its_mark_is_not_taken_for_a_dead_hooks_when_another_looks_at_once(self):
+        # The other looks as soon as there is a FIFO, and clears away what nobody reads.
+        (self.folder / "sitecustomize.py").write_text(
+            "import glob, os\nplain = os.mkfifo\n"
+            "def look(path, mode):\n    plain(path, mode)\n"
+            "    for mark in glob.glob(%r):\n"
+            "        try:\n            os.close(os.open(mark, os.O_WRONLY | os.O_NONBLOCK))\n"
+            "        except OSError:\n            os.unlink(mark)\n"
+            "os.mkfifo = look\n" % str(self.folder / "vantry-hook/s-1/wait-*"))
+        self.environment["PYTHONPATH"] = str(self.folder)
+        waiting, held = self.ask()
+        self.run_hook(event("PostToolUse", **BASH))
+        self.assert_leaves(waiting, held)
+
+    def test_many_ask_and_are_freed_at_once(self):
+        calls = [{"agent_id": "a%d" % number, **BASH} for number in range(20)]
+        hooks = [self.start(event("PermissionRequest", **call)) for call in calls]
+        held = [self.listener.next() for _ in calls]
+        posts = [self.start(event("PostToolUse", **call)) for call in calls]
+        for process in posts:
+            self.finish(process)
+        for process, request in zip(hooks, held):
+            self.assert_leaves(process, request)
+        self.assertFalse((self.folder / "vantry-hook/s-1").exists())
+
     def test_marks_of_yesterday_are_forgotten(self):
         old = self.folder / "vantry-hook/s-old"
         old.mkdir(parents=True, mode=0o700)
@@ -207,6 +254,26 @@ class AgentGone(PermissionTest):
         waiting, held = self.ask()
         self.kill_agent()
         self.assert_leaves(waiting, held)
+
+
+    def test_stays_when_the_agents_process_changes_its_name(self):
+        (self.folder / "sitecustomize.py").write_text(
+            "import os, select\nos.pidfd_open = None\nplain = select.select\n"
+            "def hasty(read, write, fail, period):\n    open(%r, 'a').write('x')\n"
+            "    return plain(read, write, fail, period and 0.01)\n"
+            "select.select = hasty\n" % str(self.folder / "looks"))
+        self.environment["PYTHONPATH"] = str(self.folder)
+        agent = self.start_process(["sh", "-c", "read line; exec sleep 1000"], stdin=subprocess.PIPE)
+        self.addCleanup(agent.stdin.close)
+        self.environment["CLAUDE_PID"] = str(agent.pid)
+        waiting, held = self.ask()
+        agent.stdin.write(b"\n")
+        agent.stdin.flush()
+        name = pathlib.Path("/proc/%d/comm" % agent.pid)
+        self.wait_until(lambda: name.read_text() == "sleep\n")
+        looks = (self.folder / "looks").stat().st_size
+        self.wait_until(lambda: (self.folder / "looks").stat().st_size > looks + 2 or waiting.poll() is not None)
+        self.assert_still_waits(waiting, held)
 
 
 class RefusedInTheTerminal(PermissionTest):

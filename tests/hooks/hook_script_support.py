@@ -109,11 +109,11 @@ class Listener:
             pieces.append(connection.recv(1 << 20))
             missing -= len(pieces[-1])
         request = Request(connection, head, b"".join(pieces))
+        self.requests.put(request)  # before the answer, with which the hook goes
         if self.answer is not None:
             request.answer(self.answer)
         elif b'"PermissionRequest"' not in request.body:
             request.answer(answer_with(b"{}"))
-        self.requests.put(request)
 
     def next(self):
         return self.requests.get(timeout=PATIENCE)
@@ -147,10 +147,10 @@ class HookTest(unittest.TestCase):
         self.addCleanup(lambda: (process.kill(), process.wait()))
         return process
 
-    def start(self, payload, environment=None, port=None, interpreter=(sys.executable,), **options):
+    def start(self, payload, environment=None, port=None, interpreter=(sys.executable,), script=SCRIPT, **options):
         """A run of the script on its way; `payload` is an event or the bytes of one."""
         process = subprocess.Popen(
-            [*interpreter, str(SCRIPT), "--port", str(port or self.listener.port)], stdin=subprocess.PIPE,
+            [*interpreter, str(script), "--port", str(port or self.listener.port)], stdin=subprocess.PIPE,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True,
             env=self.environment if environment is None else environment, **options)
         self.addCleanup(lambda: (process.kill(), process.wait(), process.stdout.close(), process.stderr.close()))

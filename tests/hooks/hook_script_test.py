@@ -4,12 +4,14 @@ import json
 import marshal
 import os
 import re
+import shutil
 import socket
 import stat
 import subprocess
 import sys
 import threading
 import unittest
+from _imp import source_hash
 
 from hook_script_support import (
     ALLOW, EVENTS, FIXTURES, OK, PATIENCE, SCRIPT, HookTest, answer_with, fixture, undecodable)
@@ -23,7 +25,7 @@ def event(name, **more):
 
 class Delivery(HookTest):
     def test_every_recorded_payload_arrives_decodable_and_otherwise_unchanged(self):
-        self.listener.answer = answer_with(b"{}")
+        self.listener.answer = answer_with(b"")
         for path in sorted((FIXTURES / "hook-events").glob("*.json")):
             if path.name.startswith(("TaskCompleted", "Worktree")):
                 continue  # they have tests of their own
@@ -82,6 +84,17 @@ class Delivery(HookTest):
         posted = self.listener
         self.run_hook(b'{"session_id":"s","x":' + b"9" * 20000 + b"}")
         self.assertIn(b"9" * 20000, posted.next().body)
+
+    def test_does_not_wait_for_the_end_of_its_input_behind_a_whole_event(self):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, writer)
+        process = self.start_process([sys.executable, SCRIPT, "--port", str(self.listener.port)], stdin=reader,
+                                     env=self.environment)
+        os.close(reader)
+        for piece in (b'{"session_id":"s","tool_input":{"a":{}', b'}', b',"message":"late"}\n'):
+            os.write(writer, piece)
+        self.assertEqual(process.wait(PATIENCE), 0)
+        self.assertEqual(self.listener.next().event["message"], "late")
 
     def test_posts_a_large_event_whole(self):
         posted = self.delivered(event("PostToolUse", tool_name="Read", tool_response={"text": "ä" * 10_000_000}))
@@ -174,10 +187,24 @@ class HeldBack(HookTest):
                 self.run_hook(after)
                 self.assertTrue(self.permission_prompt_arrives())
 
+    def test_until_the_agent_goes_on_after_an_esc_of_which_no_event_tells(self):
+        for name in ("PreToolUse", "PermissionRequest"):
+            self.listener.answer = answer_with(b"")
+            self.run_hook(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
+            self.run_hook(event(name, tool_name="Bash", tool_input={"command": "ls"}))
+            self.assertTrue(self.permission_prompt_arrives())
+
+    def test_whose_dialog_opens_after_a_call_that_was_made_beside_it(self):
+        self.listener.answer = answer_with(ALLOW)
+        self.run_hook(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
+        self.run_hook(event("PreToolUse", tool_name="Read", tool_input={}))
+        self.run_hook(event("PermissionRequest", tool_name="AskUserQuestion", tool_input={}), printed=ALLOW)
+        self.assertFalse(self.permission_prompt_arrives())
+
     def test_also_while_other_things_happen(self):
         self.run_hook(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
         for between in (event("PostToolUse", tool_name="Bash", tool_input={}), event("Stop", agent_id="a"),
-                        event("SubagentStop", agent_id="a"), event("PreToolUse", tool_name="Read"),
+                        event("SubagentStop", agent_id="a"), event("PreToolUse", tool_name="Read", agent_id="a"),
                         event("UserPromptSubmit", prompt="<task-notification>x")):
             self.run_hook(between)
             self.assertFalse(self.permission_prompt_arrives())
@@ -320,7 +347,7 @@ class Listeners(HookTest):
     def test_answers_that_are_not_http(self):
         for answer in (b"", b"\0" * 100, b"SSH-2.0-x\r\n", b"x" * 1_000_000, b"HTTP/1.1 200 OK\r\n",
                        b"HTTP/1.1 500 No\r\n\r\n" + ALLOW, b"HTTP/1.1 200 OK\r\nA: " + b"a" * 200_000,
-                       OK % (500, ALLOW), answer_with(b""), answer_with(b"{}"),
+                       OK % (500, ALLOW), answer_with(b""), b"HTTP/1.1 404 Not Found\r\n\r\n" + ALLOW,
                        answer_with(b"<html>"), answer_with(b"[1]"), b"HTTP/1.1 200 OK\r\nContent-Length: x\r\n\r\n{}",
                        b"HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n" + ALLOW):
             self.listener.answer = answer
@@ -335,16 +362,18 @@ class Listeners(HookTest):
     def test_an_endless_answer_is_not_waited_for(self):
         over = threading.Event()
         self.addCleanup(over.set)
+        for pause, start, piece in ((0.01, b"", b"x"), (0, b"", b"x" * 65536),
+                                    (0, b"HTTP/1.1 200 OK\r\n\r\n", b"x" * 65536)):
+            def pour(connection):
+                try:
+                    connection.sendall(start)
+                    while not over.wait(pause):
+                        connection.sendall(piece)
+                except OSError:
+                    connection.close()
 
-        def drip(connection):
-            try:
-                while not over.wait(0.01):
-                    connection.sendall(b"x")
-            except OSError:
-                pass
-
-        self.listener.serve = drip
-        self.run_hook(event("Stop"))
+            self.listener.serve = pour
+            self.run_hook(event("Stop"))
 
 
 class Environments(HookTest):
@@ -376,6 +405,15 @@ class Environments(HookTest):
         self.environment["PYTHONPATH"] = str(self.folder)
         self.assertEqual(self.delivered(event("Stop", message="é\ud800"))["message"], "é\ud800")
 
+    def test_takes_no_other_hook_for_a_module_of_the_library(self):
+        hooks = self.folder / "hooks"
+        hooks.mkdir()
+        for module in ("binascii", "json", "marshal", "select", "signal", "time", "_json", "_socket"):
+            (hooks / (module + ".py")).write_text("raise SystemExit(3)")
+        script = shutil.copy(SCRIPT, hooks)
+        self.listener.answer = answer_with(ALLOW)
+        self.run_hook(event("PermissionRequest", tool_name="Bash", tool_input={}), printed=ALLOW, script=script)
+
     def test_ignores_proxies(self):
         self.delivered(event("Stop"), environment={**self.environment, "http_proxy": "http://127.0.0.1:1",
                                                    "ALL_PROXY": "http://127.0.0.1:1"})
@@ -394,6 +432,15 @@ class PrivateFolder(HookTest):
         self.environment["TMPDIR"] = str(self.folder)
         self.run_hook(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
         self.assertTrue((self.folder / ("vantry-hook-%d/s-1" % os.getuid())).is_dir())
+
+    def test_lies_in_no_runtime_folder_of_somebody_else(self):
+        theirs = self.folder / "theirs"
+        if os.geteuid() == 0:
+            theirs.mkdir(mode=0o777)
+            os.chown(theirs, 4711, 4711)
+        self.environment.update(XDG_RUNTIME_DIR=str(theirs), TMPDIR=str(self.folder))
+        self.run_hook(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
+        self.assertTrue((self.folder / ("vantry-hook-%d/s-1" % os.geteuid())).is_dir())
 
     def test_is_refused_when_others_may_enter_it(self):
         folder = self.folder / "vantry-hook"
@@ -428,17 +475,25 @@ class PrivateFolder(HookTest):
 
     def test_compiles_again_when_the_kept_form_is_broken(self):
         self.delivered(event("Stop"))
-        for broken in (b"", b"\0", self.kept_code()[0].read_bytes()[:1000]):
+        whole = self.kept_code()[0].read_bytes()
+        for broken in (b"", b"\0", whole[:1000], whole[:-1], whole.replace(b"utf-8", b"utf-9"), marshal.dumps(None)):
             self.kept_code()[0].write_bytes(broken)
             self.delivered(event("Stop"))
-            self.assertGreater(self.kept_code()[0].stat().st_size, 10_000)
+            self.assertEqual(self.kept_code()[0].read_bytes(), whole)
 
-    def test_runs_no_kept_form_that_others_could_have_written(self):
+    def test_runs_no_kept_form_from_a_folder_that_others_may_enter(self):
         self.delivered(event("Stop"))
-        self.kept_code()[0].chmod(0o666)
-        foreign = compile("os.write(1, b'foreign'); os._exit(3)", "foreign", "exec")
-        self.kept_code()[0].write_bytes(marshal.dumps(foreign))
+        foreign = marshal.dumps(compile("import os; os.write(1, b'foreign'); os._exit(3)", "foreign", "exec"))
+        self.kept_code()[0].write_bytes(source_hash(sys.hexversion, foreign) + foreign)
+        (self.folder / "vantry-hook").chmod(0o755)
         self.delivered(event("Stop"))
+
+    def test_keeps_a_compiled_form_for_each_version_of_the_script(self):
+        self.delivered(event("Stop"))
+        newer = self.folder / "newer.py"
+        newer.write_text(SCRIPT.read_text().replace("ANSWER_LIMIT = 16", "ANSWER_LIMIT = 17"))
+        self.delivered(event("Stop"), script=newer)
+        self.assertEqual(len(self.kept_code()), 2)
 
 
 class Source(unittest.TestCase):
