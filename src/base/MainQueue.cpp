@@ -8,11 +8,25 @@
 
 namespace vantry {
 
+MainQueue::~MainQueue()
+{
+    std::vector<Task> dropped;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isEnding = true;
+        dropped.swap(m_tasks);
+    }
+    // What a task has captured may post once more when it goes, which needs the mutex and the list.
+    dropped.clear();
+}
+
 void MainQueue::post(Task task)
 {
     bool wasEmpty = false;
     {
         const std::scoped_lock lock(m_mutex);
+        if (m_isEnding)
+            return;
         wasEmpty = m_tasks.empty();
         m_tasks.push_back(std::move(task));
     }

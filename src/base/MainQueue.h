@@ -14,7 +14,8 @@ class MainQueue
 public:
     using Task = std::function<void()>;
 
-    virtual ~MainQueue() = default;
+    /// Drops what waits; a task that is posted while that is destroyed is dropped, too.
+    virtual ~MainQueue();
 
     /// Any thread, the main thread included. Never runs the task at once.
     void post(Task task);
@@ -29,6 +30,7 @@ protected:
 private:
     std::mutex m_mutex;
     std::vector<Task> m_tasks;
+    bool m_isEnding { false };
 };
 
 /// The main queue of a program with a Qt event loop. Make it on the main thread, after the application object.

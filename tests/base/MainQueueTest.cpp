@@ -144,6 +144,24 @@ TEST(QtMainQueue, dropsWhatIsLeftWhenItEnds)
     EXPECT_TRUE(watch.expired());
 }
 
+TEST(QtMainQueue, dropsWhatIsPostedWhileItEnds)
+{
+    int posted = 0;
+    bool hasRun = false;
+    {
+        QtMainQueue queue;
+        const auto postOnceMore = [&](QtMainQueue *ending) {
+            ending->post([&hasRun] { hasRun = true; });
+            ++posted;
+        };
+        queue.post([held = std::shared_ptr<QtMainQueue>(&queue, postOnceMore)] {});
+    }
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(posted, 1);
+    EXPECT_FALSE(hasRun);
+}
+
 TEST(ManualMainQueue, waitsForANewTaskAfterItWasDrained)
 {
     test::ManualMainQueue queue;
