@@ -1,5 +1,6 @@
 #include "base/Subprocess.h"
 
+#include "base/Cancellation.h"
 #include "base/ChildProcess.h"
 #include "base/Clock.h"
 
@@ -70,6 +71,8 @@ public:
             take(waiting);
     }
 
+    [[nodiscard]] bool isTooMuch() const { return bytes.size() > Subprocess::maximumOutput; }
+
     QByteArray bytes;
 
 private:
@@ -87,16 +90,18 @@ private:
 };
 
 /// Reads both outputs until the child has ended. Its end counts, not that of its pipes, which its own children may hold
-/// open for ever. False when the time is up.
+/// open for ever. False when it is to be killed.
 bool readUntilEnd(ChildProcess &child, Output &output, Output &errors, milliseconds timeout)
 {
     const SystemClock clock;
     const MonotonicTime deadline = clock.monotonicNow() + timeout;
+    const Cancellation *cancellation = Cancellation::ofThisThread();
+    const pollfd cancelled { cancellation ? cancellation->descriptor() : -1, POLLIN, 0 };
     while (!child.hasEnded()) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - clock.monotonicNow());
         if (left <= milliseconds::zero())
             return false;
-        std::array<pollfd, 3> watched { output.watch(), errors.watch(), child.watchEnd() };
+        std::array<pollfd, 4> watched { output.watch(), errors.watch(), child.watchEnd(), cancelled };
         const milliseconds wait = std::min(left, child.longestWait());
         if (poll(watched.data(), watched.size(), static_cast<int>(wait.count())) <= 0)
             continue;
@@ -104,6 +109,8 @@ bool readUntilEnd(ChildProcess &child, Output &output, Output &errors, milliseco
             output.read();
         if (watched[1].revents != 0)
             errors.read();
+        if (watched[3].revents != 0 || output.isTooMuch() || errors.isTooMuch())
+            return false;
     }
     return true;
 }

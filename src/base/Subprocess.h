@@ -20,15 +20,19 @@ struct Subprocess
     QList<std::pair<QString, QString>> addedVariables;
     std::chrono::milliseconds timeout { 10'000 }; ///< After it the child's whole process group is killed.
 
+    /// One that writes more than this to one of its outputs is killed as well: it would fill the memory.
+    static constexpr qsizetype maximumOutput = 64 * 1024 * 1024;
+
     struct Result
     {
-        int exitStatus { -1 }; ///< -1: not started, killed by the time-out, or ended by a signal.
+        int exitStatus { -1 }; ///< -1: not started, killed from here, or ended by a signal.
         bool started { false };
         QByteArray standardOutput;
         QByteArray standardError;
     };
 
-    /// Runs it and waits. Any thread; the caller blocks.
+    /// Runs it and waits. Any thread; the caller blocks. The child is killed at once when the thread's work is
+    /// cancelled (see Cancellation).
     [[nodiscard]] Result run() const;
 };
 

@@ -1,5 +1,6 @@
 #include "base/Subprocess.h"
 
+#include "base/Cancellation.h"
 #include "base/FileDescriptor.h"
 
 #include <gmock/gmock.h>
@@ -13,6 +14,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <thread>
@@ -173,6 +175,52 @@ TEST(Subprocess, doesNotFollowAGrandchildThatGoesOnWriting)
     const int grandchild = result.standardError.trimmed().toInt();
     ASSERT_GT(grandchild, 1);
     kill(grandchild, SIGKILL);
+}
+
+TEST(Subprocess, killsOneThatFloodsAnOutput)
+{
+    for (const QString &script : { QStringLiteral("exec cat /dev/zero"), QStringLiteral("exec cat /dev/zero >&2") }) {
+        Subprocess process = shell(script);
+        process.timeout = 10min;
+
+        const auto result = process.run();
+
+        EXPECT_TRUE(result.started);
+        EXPECT_EQ(result.exitStatus, -1);
+        EXPECT_LT(std::max(result.standardOutput.size(), result.standardError.size()),
+                  Subprocess::maximumOutput + 2 * 1024 * 1024);
+    }
+}
+
+TEST(Subprocess, takesAsMuchOutputAsIsAllowed)
+{
+    const QByteArray output = outputOf(QStringLiteral("head -c %1 /dev/zero").arg(Subprocess::maximumOutput));
+
+    EXPECT_EQ(output.size(), Subprocess::maximumOutput);
+}
+
+TEST(Subprocess, isKilledWhenTheWorkOfItsThreadIsCancelled)
+{
+    Cancellation cancellation;
+    std::thread thread([&cancellation] {
+        const Cancellation::Scope scope(cancellation);
+        Subprocess process = shell(QStringLiteral("exec sleep 600"));
+        process.timeout = 10min;
+        EXPECT_EQ(process.run().exitStatus, -1);
+    });
+    cancellation.cancel();
+    thread.join();
+}
+
+TEST(Subprocess, isNotKilledByTheCancellationOfOtherWork)
+{
+    Cancellation cancellation;
+    cancellation.cancel();
+    {
+        const Cancellation::Scope scope(cancellation);
+    }
+
+    EXPECT_EQ(shell(QStringLiteral("exit 3")).run().exitStatus, 3);
 }
 
 TEST(Subprocess, startsWithUsualSignals)

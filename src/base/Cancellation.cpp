@@ -1,0 +1,35 @@
+#include "base/Cancellation.h"
+
+#include <sys/eventfd.h>
+
+#include <utility>
+
+namespace vantry {
+
+static thread_local const Cancellation *present = nullptr;
+
+Cancellation::Cancellation()
+    : m_event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{}
+
+void Cancellation::cancel()
+{
+    if (m_event)
+        eventfd_write(m_event.get(), 1);
+}
+
+const Cancellation *Cancellation::ofThisThread()
+{
+    return present;
+}
+
+Cancellation::Scope::Scope(const Cancellation &cancellation)
+    : m_previous(std::exchange(present, &cancellation))
+{}
+
+Cancellation::Scope::~Scope()
+{
+    present = m_previous;
+}
+
+} // namespace vantry
