@@ -4,9 +4,6 @@
 
 #include <pthread.h>
 
-#include <exception>
-#include <utility>
-
 namespace vantry {
 
 SerialQueue::SerialQueue(std::string label)
@@ -23,62 +20,54 @@ SerialQueue::~SerialQueue()
         const std::scoped_lock lock(m_mutex);
         m_ending = true;
     }
-    m_wake.notify_one();
+    m_threadWakes.notify_one();
     m_thread.join();
 }
 
 void SerialQueue::async(Task task)
 {
-    {
-        const std::scoped_lock lock(m_mutex);
-        m_tasks.push_back(std::move(task));
-    }
-    m_wake.notify_one();
+    const std::scoped_lock lock(m_mutex);
+    m_tasks.push_back({ m_nextNumber++, std::move(task) });
+    if (isTurnOfFirstTask())
+        m_threadWakes.notify_one();
 }
 
-void SerialQueue::runAndWait(const Task &task)
+SerialQueue::Turn::Turn(SerialQueue &queue)
+    : m_queue(queue)
 {
-    Q_ASSERT_X(!isCurrent(), "SerialQueue::sync", "a queue that waits for itself waits for ever");
-    struct Rendezvous
-    {
-        std::mutex mutex;
-        std::condition_variable done;
-        bool isDone { false };
-        std::exception_ptr thrown;
-    } rendezvous;
+    Q_ASSERT_X(!queue.isCurrent(), "SerialQueue::sync", "a queue that waits for itself waits for ever");
+    std::unique_lock lock(queue.m_mutex);
+    const Number number = queue.m_nextNumber++;
+    queue.m_callerWakes.wait(lock, [&] { return queue.m_turn == number; });
+    queue.m_runner = std::this_thread::get_id();
+}
 
-    async([&task, &rendezvous] {
-        std::exception_ptr thrown;
-        try {
-            task();
-        } catch (...) {
-            thrown = std::current_exception();
-        }
-        // Told while the mutex is held: the caller owns the rendezvous and may leave as soon as it sees the flag.
-        const std::scoped_lock lock(rendezvous.mutex);
-        rendezvous.thrown = std::move(thrown);
-        rendezvous.isDone = true;
-        rendezvous.done.notify_one();
-    });
-    std::unique_lock lock(rendezvous.mutex);
-    rendezvous.done.wait(lock, [&rendezvous] { return rendezvous.isDone; });
-    if (rendezvous.thrown)
-        std::rethrow_exception(rendezvous.thrown);
+void SerialQueue::endTurn()
+{
+    const std::scoped_lock lock(m_mutex);
+    m_runner = std::thread::id();
+    ++m_turn;
+    if (isTurnOfFirstTask())
+        m_threadWakes.notify_one();
+    else if (m_turn != m_nextNumber)
+        m_callerWakes.notify_all();
 }
 
 void SerialQueue::loop()
 {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_wake.wait(lock, [this] { return m_ending || !m_tasks.empty(); });
+        m_threadWakes.wait(lock, [this] { return isTurnOfFirstTask() || (m_ending && m_tasks.empty()); });
         if (m_tasks.empty())
             return;
         {
-            const Task task = std::move(m_tasks.front());
+            const Task task = std::move(m_tasks.front().run);
             m_tasks.pop_front();
+            m_runner = std::this_thread::get_id();
             lock.unlock();
             task();
         }
+        endTurn();
         lock.lock();
     }
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace vantry {
@@ -19,15 +20,32 @@ TEST(SerialQueue, givesBackWhatATaskReturns)
     EXPECT_EQ(*queue.sync([] { return std::make_unique<int>(7); }), 7);
 }
 
-TEST(SerialQueue, runsOnAThreadOfItsOwn)
+TEST(SerialQueue, runsWhatIsWaitedForOnTheThreadThatWaits)
 {
     SerialQueue queue("test");
-    const auto other = queue.sync([] { return std::this_thread::get_id(); });
+    EXPECT_EQ(queue.sync([] { return std::this_thread::get_id(); }), std::this_thread::get_id());
+}
 
+TEST(SerialQueue, runsWhatNobodyWaitsForOnAThreadOfItsOwn)
+{
+    SerialQueue queue("test");
+    std::thread::id other;
+    queue.async([&] { other = std::this_thread::get_id(); });
+    queue.sync([] {});
+
+    EXPECT_NE(other, std::thread::id());
     EXPECT_NE(other, std::this_thread::get_id());
-    EXPECT_EQ(other, queue.sync([] { return std::this_thread::get_id(); }));
-    EXPECT_FALSE(queue.isCurrent());
+}
+
+TEST(SerialQueue, tellsItsTasksFromEverythingElse)
+{
+    SerialQueue queue("test");
+    bool inTask = false;
+    queue.async([&] { inTask = queue.isCurrent(); });
+
     EXPECT_TRUE(queue.sync([&] { return queue.isCurrent(); }));
+    EXPECT_TRUE(inTask);
+    EXPECT_FALSE(queue.isCurrent());
 }
 
 TEST(SerialQueue, throwsOnAtTheCallerWhatATaskThrows)
@@ -67,6 +85,38 @@ TEST(SerialQueue, keepsTheTasksOfManyCallersApart)
     EXPECT_EQ(total, 2000);
 }
 
+TEST(SerialQueue, mixesWhatIsWaitedForWithTheRestInTheOrderInWhichItWasGiven)
+{
+    SerialQueue queue("test");
+    std::vector<int> ran;
+    std::vector<int> expected;
+    for (int i = 0; i < 1000; i += 2) {
+        queue.async([&ran, i] { ran.push_back(i); });
+        queue.sync([&ran, i] { ran.push_back(i + 1); });
+        expected.insert(expected.end(), { i, i + 1 });
+    }
+
+    EXPECT_EQ(ran, expected);
+}
+
+TEST(SerialQueue, neverRunsATaskOfACallerBesideOneOfItsOwnThread)
+{
+    SerialQueue queue("test");
+    int total = 0;
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i)
+        callers.emplace_back([&] {
+            for (int task = 0; task < 250; ++task) {
+                queue.async([&] { ++total; });
+                queue.sync([&] { ++total; });
+            }
+        });
+    for (std::thread &caller : callers)
+        caller.join();
+
+    EXPECT_EQ(queue.sync([&] { return total; }), 2000);
+}
+
 TEST(SerialQueue, runsWhatWasGivenBeforeItEnds)
 {
     int ran = 0;
@@ -103,7 +153,8 @@ TEST(SerialQueue, namesItsThreadAsFarAsTheSystemAllows)
 {
     SerialQueue queue("com.vantry.sessionstore");
     std::array<char, 64> name {};
-    queue.sync([&] { pthread_getname_np(pthread_self(), name.data(), name.size()); });
+    queue.async([&] { pthread_getname_np(pthread_self(), name.data(), name.size()); });
+    queue.sync([] {});
 
     EXPECT_STREQ(name.data(), "com.vantry.sess");
     EXPECT_EQ(queue.label(), "com.vantry.sessionstore");
