@@ -373,7 +373,7 @@ def request_permission(port, body, folder, mark, agent, refusal):
     """Posts the request and waits for its answer, as long as it takes. SIGTERM means that the user said No in the
     terminal, of which no event tells: then the event `refusal`, if there is one, is posted."""
     import signal
-    began, connection, refused = monotonic(), None, False
+    began, connection, fifo, refused = monotonic(), None, None, False
 
     def terminated(*_):
         signal.signal(signal.SIGTERM, signal.SIG_IGN)
@@ -392,7 +392,8 @@ def request_permission(port, body, folder, mark, agent, refusal):
     except Terminated:
         refused = True
     finally:
-        remove_marks(folder, [mark])
+        if fifo is not None:
+            remove_marks(folder, [mark])
         if connection:
             connection.close()
     # After 600 seconds the agent itself gives the hook up, and its dialog stays open.
