@@ -7,14 +7,10 @@ import subprocess
 import time
 import unittest
 
-from hook_script_support import ALLOW, FIXTURES, PATIENCE, HookTest, answer_with
+from hook_script_support import ALLOW, FIXTURES, PATIENCE, HookTest, answer_with, event
 
 BASH = {"tool_name": "Bash", "tool_input": {"command": "touch x", "description": "Touch"}}
 OTHER = {"tool_name": "Bash", "tool_input": {"command": "touch y"}}
-
-
-def event(name, **more):
-    return dict({"session_id": "s-1", "transcript_path": "/t.jsonl", "cwd": "/tmp", "hook_event_name": name}, **more)
 
 
 class PermissionTest(HookTest):
@@ -281,7 +277,7 @@ class RefusedInTheTerminal(PermissionTest):
         os.killpg(waiting.pid, signal.SIGTERM)
 
     def test_tells_vantry_that_the_turn_was_interrupted(self):
-        waiting, held = self.ask()
+        waiting, held = self.ask(transcript_path="/t.jsonl", **BASH)
         self.terminate(waiting)
         self.assert_leaves(waiting, held)
         self.assertEqual(self.listener.next().event,

@@ -29,6 +29,10 @@ EVENTS = """SessionStart SessionEnd Notification Stop UserPromptSubmit PreToolUs
     WorktreeCreate WorktreeRemove""".split()
 
 
+def event(name, **more):
+    return dict({"session_id": "s-1", "hook_event_name": name, "cwd": "/tmp"}, **more)
+
+
 def answer_with(body):
     return OK % (len(body), body)
 
