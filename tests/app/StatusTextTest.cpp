@@ -148,6 +148,19 @@ TEST(StatusText, tellsAPersonHowToAnswer)
     EXPECT_FALSE(statusText(waiting, pipe).contains(u"vantry allow"));
 }
 
+TEST(StatusText, showsAPersonTheWholeOfWhatTheyAllow)
+{
+    const std::string command(300, 'x');
+    const StatusDocument waiting =
+        document({ session("abcdefghijk", "needs_permission", { { "heldPermissions", 1 }, { "toolDetail", command } }),
+                   session("other", "needs_permission", { { "heldPermissions", 1 }, { "toolName", "Bash" } }) });
+
+    const QString text = statusText(waiting, terminal);
+
+    EXPECT_TRUE(text.contains(u"\nabcdefgh asks: " + QString::fromStdString(command) + u'\n'));
+    EXPECT_TRUE(text.contains(u"\nother asks: Bash\n"));
+}
+
 TEST(StatusText, isPlainInAPipe)
 {
     const QString text =

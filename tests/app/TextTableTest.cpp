@@ -118,10 +118,28 @@ TEST(TextTable, leavesTheLastColumnOutWhereItCouldNotBeRead)
 TEST(TextTable, limitsAColumn)
 {
     TextTable table;
-    table.setMaximumWidth(0, 4);
+    table.setLimits(0, 4, 4);
     table.addRow({ { u"abcdefgh"_s }, { u"b"_s } });
 
     EXPECT_EQ(table.render(pipe), u"abc…  b\n");
+}
+
+TEST(TextTable, narrowsAColumnForTheLastOne)
+{
+    TextTable table;
+    table.setLimits(0, 30, 8);
+    table.addRow({ { QString(30, u'a') }, { u"the last of columns"_s } });
+
+    EXPECT_EQ(table.render(terminal(40)), QString(18, u'a') + u"…  the last of columns\n");
+}
+
+TEST(TextTable, wrapsNoLineOfANarrowTerminal)
+{
+    TextTable table;
+    table.addRow({ { QString(30, u'a') }, { QString(30, u'b') }, { u"c"_s } });
+
+    EXPECT_EQ(displayWidth(table.render(terminal(40)).trimmed()), 40);
+    EXPECT_EQ(displayWidth(table.render(terminal(10)).trimmed()), 10);
 }
 
 TEST(TextTable, alignsPaintedCells)

@@ -12,8 +12,10 @@ namespace {
 
 constexpr qsizetype leastShownIDLength = 8;
 constexpr int widestStatus = 40;
+constexpr int narrowestStatus = 16;
 constexpr int widestProject = 24;
 constexpr int widestBranch = 20;
+constexpr int narrowestName = 8;
 
 QString textAt(const Json &object, const char *key)
 {
@@ -106,9 +108,9 @@ QString sessionTable(const QList<SessionRow> &sessions, const TextStyle &style)
 {
     const QHash<QString, QString> shown = shortIDs(idsOf(sessions));
     TextTable table;
-    table.setMaximumWidth(1, widestStatus);
-    table.setMaximumWidth(2, widestProject);
-    table.setMaximumWidth(3, widestBranch);
+    table.setLimits(1, widestStatus, narrowestStatus);
+    table.setLimits(2, widestProject, narrowestName);
+    table.setLimits(3, widestBranch, narrowestName);
     table.addRow(headerRow({ u"  ID"_s, u"STATUS"_s, u"PROJECT"_s, u"BRANCH"_s, u"UPDATED"_s, u"LAST"_s }));
     for (const SessionRow &session : sessions) {
         const Paint paint = statusPaint(session);
@@ -123,16 +125,26 @@ QString sessionTable(const QList<SessionRow> &sessions, const TextStyle &style)
     return table.render(style);
 }
 
-/// How to answer what waits first, for somebody who sits at a terminal.
+/// What the agents ask for that can be answered from here, each in full: a person is to see what they allow. For
+/// somebody who sits at a terminal.
 QString answerHint(const QList<SessionRow> &sessions, const TextStyle &style)
 {
-    const auto held = std::ranges::find_if(
-        sessions, [](const SessionRow &session) { return session.needsAttention && session.heldPermissions > 0; });
-    if (!style.isTerminal() || held == sessions.cend())
+    QString text;
+    QString firstID;
+    const QHash<QString, QString> shown = shortIDs(idsOf(sessions));
+    for (const SessionRow &session : sessions) {
+        if (!session.needsAttention || session.heldPermissions == 0)
+            continue;
+        const QString id = displayText(shown.value(session.id));
+        if (firstID.isEmpty())
+            firstID = id;
+        text += painted(id + u" asks: ", Paint::Urgent, style) +
+                (session.toolDetail.isEmpty() ? session.toolName : session.toolDetail) + u'\n';
+    }
+    if (!style.isTerminal() || firstID.isEmpty())
         return {};
-    const QString id = displayText(shortIDs(idsOf(sessions)).value(held->id));
-    return u'\n' + painted(u"Answer with: vantry allow %1 (or deny, always-allow)"_s.arg(id), Paint::Faint, style) +
-           u'\n';
+    return u'\n' + text +
+           painted(u"Answer with: vantry allow %1 (or deny, always-allow)"_s.arg(firstID), Paint::Faint, style) + u'\n';
 }
 
 } // namespace
@@ -150,6 +162,8 @@ SessionRow::SessionRow(const Json &session)
         project = displayText(id.first(std::min(id.size(), leastShownIDLength)));
     branch = displayText(textAt(session, "gitBranch"));
     preview = displayText(textAt(session, "previewLine"));
+    toolName = displayText(textAt(session, "toolName"));
+    toolDetail = displayText(textAt(session, "toolDetail"));
     lastUpdated = textAt(session, "lastUpdated");
     isAlive = flagAt(session, "isAlive");
     needsAttention = flagAt(session, "needsAttention");
@@ -240,8 +254,8 @@ QString resultsText(const Json &results, const TextStyle &style)
 
     const QHash<QString, QString> shown = shortIDs(idsOf(sessions));
     TextTable table;
-    table.setMaximumWidth(2, widestProject);
-    table.setMaximumWidth(3, widestBranch);
+    table.setLimits(2, widestProject, narrowestName);
+    table.setLimits(3, widestBranch, narrowestName);
     table.addRow(headerRow({ u"ID"_s, u"UPDATED"_s, u"PROJECT"_s, u"BRANCH"_s, u"SUMMARY"_s }));
     for (qsizetype i = 0; i < sessions.size(); ++i) {
         const SessionRow &session = sessions[i];

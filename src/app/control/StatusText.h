@@ -27,6 +27,8 @@ struct SessionRow
     QString project; ///< Its name, else the beginning of the identifier.
     QString branch;
     QString preview;
+    QString toolName;
+    QString toolDetail;
     QString lastUpdated; ///< The stored form, which sorts.
     bool isAlive { false };
     bool needsAttention { false };

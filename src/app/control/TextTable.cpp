@@ -107,6 +107,7 @@ const char *codesOf(Paint paint)
 
 constexpr int columnGap = 2;
 constexpr int leastLastColumn = 12;
+constexpr int usefulLastColumn = 24;
 
 } // namespace
 
@@ -162,11 +163,29 @@ QList<int> TextTable::columnWidths() const
         for (qsizetype i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], displayWidth(row[i].text));
     }
-    for (auto maximum = m_maximumWidths.cbegin(); maximum != m_maximumWidths.cend(); ++maximum) {
-        if (maximum.key() < widths.size())
-            widths[maximum.key()] = std::min(widths[maximum.key()], maximum.value());
+    for (auto limits = m_limits.cbegin(); limits != m_limits.cend(); ++limits) {
+        if (limits.key() < widths.size())
+            widths[limits.key()] = std::min(widths[limits.key()], limits->widest);
     }
     return widths;
+}
+
+/// Makes room for the last column.
+void TextTable::fitInto(int columns, QList<int> &widths) const
+{
+    int left = columns;
+    for (qsizetype i = 0; i + 1 < widths.size(); ++i)
+        left -= widths[i] + columnGap;
+    const int wanted = std::min(widths.last(), usefulLastColumn);
+    for (auto limits = m_limits.cbegin(); limits != m_limits.cend() && left < wanted; ++limits) {
+        if (limits.key() + 1 >= widths.size())
+            continue;
+        int &width = widths[limits.key()];
+        const int given = std::clamp(width - limits->narrowest, 0, wanted - left);
+        width -= given;
+        left += given;
+    }
+    widths.last() = left < std::min(widths.last(), leastLastColumn) ? 0 : std::min(widths.last(), left);
 }
 
 QString TextTable::render(const TextStyle &style) const
@@ -174,19 +193,18 @@ QString TextTable::render(const TextStyle &style) const
     QList<int> widths = columnWidths();
     if (widths.isEmpty())
         return {};
-    if (style.isTerminal()) {
-        int left = style.width;
-        for (qsizetype i = 0; i + 1 < widths.size(); ++i)
-            left -= widths[i] + columnGap;
-        widths.last() = left < leastLastColumn ? 0 : std::min(widths.last(), left);
-    }
+    if (style.isTerminal())
+        fitInto(style.width, widths);
 
     QString text;
     for (const Row &row : m_rows) {
         QString line;
         int blanks = 0; // Held back, so that no line ends in blanks.
+        int begin = 0;
         for (qsizetype i = 0; i < row.size(); ++i) {
-            const QString cell = cutToWidth(row[i].text, widths[i]);
+            const int width = style.isTerminal() ? std::clamp(style.width - begin, 0, widths[i]) : widths[i];
+            const QString cell = cutToWidth(row[i].text, width);
+            begin += widths[i] + columnGap;
             if (!cell.isEmpty()) {
                 line += QString(blanks, u' ') + painted(cell, row[i].paint, style);
                 blanks = 0;

@@ -2,8 +2,8 @@
 
 #include "app/control/Console.h"
 
-#include <QHash>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringView>
 
@@ -26,8 +26,8 @@ enum class Paint { Plain, Strong, Faint, Urgent, Question, Busy, Good };
 /// The text between the terminal's codes for this look; the text alone where colours are off.
 [[nodiscard]] QString painted(const QString &text, Paint paint, const TextStyle &style);
 
-/// Rows in aligned columns with two blanks between them. In a terminal each row stays on one line: the last column is
-/// cut to what is left, and left out where that is too little to read.
+/// Rows in aligned columns with two blanks between them. In a terminal each row stays on one line: columns with a limit
+/// become narrower, and the last one is cut to what is left, or left out where that is too little to read.
 class TextTable
 {
 public:
@@ -38,17 +38,24 @@ public:
     };
     using Row = QList<Cell>;
 
-    /// The widest that a column but the last gets. 0: as wide as its text.
-    void setMaximumWidth(int column, int width) { m_maximumWidths.insert(column, width); }
+    /// The widest that a column but the last gets, and how narrow it may become in a narrow terminal.
+    void setLimits(int column, int widest, int narrowest) { m_limits.insert(column, { widest, narrowest }); }
     void addRow(Row row) { m_rows.append(std::move(row)); }
 
     [[nodiscard]] QString render(const TextStyle &style) const;
 
 private:
+    struct Limits
+    {
+        int widest;
+        int narrowest;
+    };
+
     [[nodiscard]] QList<int> columnWidths() const;
+    void fitInto(int columns, QList<int> &widths) const;
 
     QList<Row> m_rows;
-    QHash<int, int> m_maximumWidths;
+    QMap<int, Limits> m_limits;
 };
 
 } // namespace vantry
