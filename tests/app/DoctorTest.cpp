@@ -14,6 +14,8 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/stat.h>
+
 namespace vantry {
 namespace {
 
@@ -98,6 +100,23 @@ TEST_F(Doctor, noticesAnApplicationThatDoesNotListen)
     EXPECT_TRUE(checks.application().ok);
     EXPECT_FALSE(checks.listener().ok);
     EXPECT_EQ(checks.listener().weight, Weight::Essential);
+}
+
+TEST_F(Doctor, noticesThatTheDataFolderCannotBeMade)
+{
+    write(home.filePath(u"file"_s), "");
+    paths.dataFolder = home.filePath(u"file/share/Vantry"_s);
+    const DoctorChecks here { { paths, client, peers, ports, { home.path() }, freePort } };
+
+    EXPECT_FALSE(here.dataFolder().ok);
+    EXPECT_THAT(here.dataFolder().detail.toStdString(), HasSubstr("/file can't be written to"));
+}
+
+TEST_F(Doctor, doesNotWaitForADatabaseThatIsAFifo)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(paths.database()).constData(), 0600), 0);
+
+    EXPECT_FALSE(checks.database().ok);
 }
 
 TEST_F(Doctor, noticesThatThereIsNoBus)

@@ -12,10 +12,13 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/stat.h>
+
 namespace vantry {
 namespace {
 
 using namespace Qt::StringLiterals;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 class HistoryCommands : public ::testing::Test
@@ -49,6 +52,15 @@ protected:
     test::ManualClock clock;
     test::RecordingConsole console;
 };
+
+TEST_F(HistoryCommands, doNotWaitForADatabaseThatIsAFifo)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(paths.database()).constData(), 0600), 0);
+
+    EXPECT_EQ(runRecent({ 20, OutputForm::Text }, paths, console, clock), exitCode::refused);
+
+    EXPECT_THAT(console.errors, ElementsAre(HasSubstr("vantry.db is not a database")));
+}
 
 TEST_F(HistoryCommands, findNothingWhereNothingIsRemembered)
 {

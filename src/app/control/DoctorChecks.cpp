@@ -42,6 +42,9 @@ std::optional<QString> firstLineOf(const QString &program, const QStringList &ar
 /// What is wrong with the database; nothing when it is sound.
 std::optional<QString> databaseProblem(const QString &path)
 {
+    // SQLite would wait for ever at a FIFO.
+    if (!QFileInfo(path).isFile())
+        return u"not a file"_s;
     sqlite3 *raw = nullptr;
     const int opened = sqlite3_open_v2(path.toUtf8().constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
     const std::unique_ptr<sqlite3, int (*)(sqlite3 *)> database(raw, sqlite3_close);
@@ -57,6 +60,14 @@ std::optional<QString> databaseProblem(const QString &path)
     if (sqlite3_exec(raw, "PRAGMA quick_check(1)", readVerdict, &verdict, nullptr) != SQLITE_OK)
         return QString::fromUtf8(sqlite3_errmsg(raw));
     return verdict == u"ok" ? std::nullopt : std::optional(verdict);
+}
+
+/// The path, or what stands nearest above it.
+QString nearestThatExists(QString path)
+{
+    while (!QFileInfo::exists(path) && path != u"/")
+        path = QFileInfo(path).absolutePath();
+    return path;
 }
 
 /// A connection of this process with itself, for asking who is at its other end.
@@ -233,8 +244,12 @@ DoctorCheck DoctorChecks::dataFolder() const
     const QString path = m_surroundings.paths.dataFolder;
     const QFileInfo folder(path);
     if (!folder.exists()) {
-        check.ok = true;
-        check.detail = u"There is none yet; the first start makes it"_s;
+        const QString above = nearestThatExists(path);
+        check.ok = QFileInfo(above).isDir() && QFileInfo(above).isWritable();
+        check.detail = check.ok ? u"There is none yet; the first start makes it"_s
+                                : u"%1 can't be made: %2 can't be written to"_s.arg(path, above);
+        if (!check.ok)
+            check.advice = u"Make that a folder that belongs to you"_s;
         return check;
     }
     constexpr auto others =

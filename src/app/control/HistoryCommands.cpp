@@ -32,7 +32,13 @@ using Query = std::function<QList<SessionSearchResult>(SessionStore &)>;
 int runQuery(OutputForm form, const Paths &paths, Console &console, const Clock &clock, const Query &query)
 {
     QList<SessionSearchResult> results;
-    if (QFileInfo::exists(paths.database())) {
+    const QFileInfo database(paths.database());
+    // SQLite would wait for ever at a FIFO.
+    if (database.exists() && !database.isFile()) {
+        console.printError(u"%1 is not a database"_s.arg(database.filePath()).toStdString());
+        return exitCode::refused;
+    }
+    if (database.exists()) {
         LastMessage problem;
         SessionStore store(paths.database(), clock, problem, SessionStore::Access::ReadOnly);
         const bool isOpen = store.queue().sync([&] {
