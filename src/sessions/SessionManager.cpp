@@ -312,7 +312,7 @@ void SessionManager::restoreSessions()
     for (const SessionPtr &row : rows) {
         if (session(row->id()))
             continue;
-        row->setAlive(isRunning(row->pid(), row->pidStartTime()) && !row->endedAt());
+        row->setAlive(row->isAlive() && isRunning(row->pid(), row->pidStartTime()));
         if (!row->isAlive())
             continue;
         ++confirmed;
