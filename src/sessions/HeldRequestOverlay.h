@@ -22,8 +22,7 @@ namespace vantry {
 /// - In every other state nothing is covered, also for the moment in which a request is still held that was answered in
 ///   the terminal.
 /// - When the first request ends by itself, the next one is shown. When the last one does, what is shown stays: the
-/// agent
-///   falls back to its own dialog about it. A question that was covered meanwhile shows again.
+///   agent falls back to its own dialog about it. A question that was covered meanwhile shows again.
 /// - A request without tool or detail is shown with those that its own event left, never with another request's.
 ///
 /// Owns what is covered. Main thread only.
