@@ -23,22 +23,36 @@ void pause(Scheduler &scheduler, std::chrono::milliseconds duration)
     loop.exec();
 }
 
-/// The exit code when another instance runs for this user; nothing when this one is to run.
-std::optional<int> giveWayToOther(SingleInstance &instance, const Paths &paths, Scheduler &scheduler, Console &console)
+/// Asks the instance that runs for this user to show itself. False when it can't be reached.
+bool showOther()
 {
-    // The other one may be about to take its bus name, or about to end: both take moments.
-    constexpr int attempts = 60;
-    constexpr auto betweenAttempts = 50ms;
+    return !platform::makeControlClient()->activate();
+}
 
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        if (instance.claim(paths.lockFile()) != SingleInstance::Claim::Taken)
-            return std::nullopt;
-        if (!platform::makeControlClient()->activate())
-            return exitCode::done;
-        pause(scheduler, betweenAttempts);
-    }
+int failToReachOther(Console &console)
+{
     console.printError("Vantry is running already and can't be reached over the session bus");
     return exitCode::refused;
+}
+
+/// The exit code when another instance runs for this user; nothing when this one is to run.
+std::optional<int> giveWayToOther(SingleInstance &instance, const Paths &paths, const Clock &clock,
+                                  Scheduler &scheduler, Console &console)
+{
+    // The other one may be about to take its bus name, or about to end: both take moments. One that hangs is asked
+    // once, which takes longer than this.
+    constexpr auto patience = 3s;
+    constexpr auto betweenAttempts = 50ms;
+
+    const MonotonicTime deadline = clock.monotonicNow() + patience;
+    do {
+        if (instance.claim(paths.lockFile()) != SingleInstance::Claim::Taken)
+            return std::nullopt;
+        if (showOther())
+            return exitCode::done;
+        pause(scheduler, betweenAttempts);
+    } while (clock.monotonicNow() < deadline);
+    return failToReachOther(console);
 }
 
 } // namespace
@@ -48,13 +62,13 @@ int runApplication(const command::Start &start, Console &console)
     raiseOpenFileLimit();
     const Paths paths = Paths::fromEnvironment();
     makePrivateFolder(paths.dataFolder);
+    const SystemClock clock;
     QtScheduler scheduler;
 
     SingleInstance instance;
-    if (const auto code = giveWayToOther(instance, paths, scheduler, console))
+    if (const auto code = giveWayToOther(instance, paths, clock, scheduler, console))
         return *code;
 
-    const SystemClock clock;
     QtMainQueue mainQueue;
     const auto processes = platform::makeProcessTable(paths);
     const auto peers = platform::makePeerIdentity();
@@ -62,7 +76,7 @@ int runApplication(const command::Start &start, Console &console)
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
-        return platform::makeControlClient()->activate() ? exitCode::refused : exitCode::done;
+        return showOther() ? exitCode::done : failToReachOther(console);
 
     if (start.windows == command::Start::Windows::WhereThereIsADisplay && !platform::hasDisplay())
         console.printError("there is no display (DISPLAY and WAYLAND_DISPLAY are unset), running headless");
