@@ -15,12 +15,16 @@ WorkerPool::WorkerPool(int threads)
 WorkerPool::~WorkerPool()
 {
     m_pool->clear();
+    m_ending.cancel();
     m_pool->waitForDone();
 }
 
 void WorkerPool::run(Task task)
 {
-    m_pool->start(std::move(task));
+    m_pool->start([this, task = std::move(task)] {
+        const Cancellation::Scope scope(m_ending);
+        task();
+    });
 }
 
 void WorkerPool::waitForDone()

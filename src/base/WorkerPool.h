@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Cancellation.h"
+
 #include <functional>
 #include <memory>
 
@@ -8,7 +10,8 @@ class QThreadPool;
 namespace vantry {
 
 /// A few threads of low priority for work that nobody waits for: git, transcripts, searches. No order among the tasks.
-/// Destroying it drops what has not begun and waits for what has.
+/// Destroying it drops what has not begun, has the outside programs that a task waits for killed, and waits for what
+/// has begun.
 class WorkerPool
 {
 public:
@@ -26,6 +29,7 @@ public:
     void waitForDone();
 
 private:
+    Cancellation m_ending;
     std::unique_ptr<QThreadPool> m_pool;
 };
 

@@ -1,5 +1,7 @@
 #include "base/WorkerPool.h"
 
+#include "base/Subprocess.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -35,6 +37,25 @@ TEST(WorkerPool, waitsAtItsEndForWhatHasBegun)
         begun.get_future().wait();
     }
     EXPECT_TRUE(hasEnded);
+}
+
+TEST(WorkerPool, waitsAtItsEndForNoOutsideProgram)
+{
+    std::promise<void> begun;
+    int exitStatus = 0;
+    {
+        WorkerPool pool(1);
+        pool.run([&] {
+            Subprocess process;
+            process.executable = QStringLiteral("/bin/sleep");
+            process.arguments = { QStringLiteral("600") };
+            process.timeout = std::chrono::minutes { 10 };
+            begun.set_value();
+            exitStatus = process.run().exitStatus;
+        });
+        begun.get_future().wait();
+    }
+    EXPECT_EQ(exitStatus, -1);
 }
 
 TEST(WorkerPool, dropsAtItsEndWhatHasNotBegun)
