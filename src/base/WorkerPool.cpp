@@ -2,6 +2,8 @@
 
 #include <QThreadPool>
 
+#include <utility>
+
 namespace vantry {
 
 WorkerPool::WorkerPool(int threads)
@@ -16,20 +18,22 @@ WorkerPool::~WorkerPool()
 {
     m_pool->clear();
     m_ending.cancel();
-    m_pool->waitForDone();
+    waitForDone();
 }
 
 void WorkerPool::run(Task task)
 {
-    m_pool->start([this, task = std::move(task)] {
+    m_pool->start([this, task = std::move(task)]() mutable {
         const Cancellation::Scope scope(m_ending);
-        task();
+        std::exchange(task, nullptr)();
+        const std::scoped_lock lock(m_afterTask);
     });
 }
 
 void WorkerPool::waitForDone()
 {
     m_pool->waitForDone();
+    const std::scoped_lock lock(m_afterTask);
 }
 
 } // namespace vantry

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 class QThreadPool;
 
@@ -29,6 +30,9 @@ public:
     void waitForDone();
 
 private:
+    /// Taken after each task and by who has waited for it. The pool's own locks order the two already, but they are
+    /// Qt's, which ThreadSanitizer can't see.
+    std::mutex m_afterTask;
     Cancellation m_ending;
     std::unique_ptr<QThreadPool> m_pool;
 };
