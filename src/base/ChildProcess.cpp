@@ -119,9 +119,9 @@ pid_t launch(const Start &start)
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t process = vfork();
+    const pid_t process = vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
     if (process == 0)
-        becomeProgram(start);
+        becomeProgram(start); // NOLINT(clang-analyzer-unix.Vfork)
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return process;
 }

@@ -282,9 +282,9 @@ private:
     SerialQueue m_queue { "com.vantry.defaults" }; ///< Last: its tasks use all of the above.
 };
 
-Defaults::Defaults(QString path, Log &log, QObject *parent)
+Defaults::Defaults(const QString &path, Log &log, QObject *parent)
     : QObject(parent)
-    , d(std::make_unique<Private>(*this, std::move(path), log))
+    , d(std::make_unique<Private>(*this, path, log))
 {}
 
 Defaults::~Defaults()

@@ -20,7 +20,7 @@ class Defaults final : public QObject
     Q_OBJECT
 
 public:
-    Defaults(QString path, Log &log, QObject *parent = nullptr);
+    Defaults(const QString &path, Log &log, QObject *parent = nullptr);
     ~Defaults() override;
 
     [[nodiscard]] bool boolean(const QString &key, bool fallback) const;

@@ -22,7 +22,8 @@ public:
         m_timer->setSingleShot(once);
         const auto shared = std::make_shared<const Scheduler::Action>(std::move(action));
         QObject::connect(m_timer, &QTimer::timeout, m_timer, [shared] {
-            const auto running = shared;
+            // The action may destroy its own timer, and this function with it.
+            const auto running = shared; // NOLINT(performance-unnecessary-copy-initialization)
             (*running)();
         });
         m_timer->start(std::max(delay, std::chrono::milliseconds::zero()));

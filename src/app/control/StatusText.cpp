@@ -188,9 +188,8 @@ QHash<QString, QString> shortIDs(const QStringList &ids)
 {
     // In sorted order, what an identifier shares with any other it shares with a neighbour.
     QStringList sorted = ids;
+    sorted.removeDuplicates();
     std::ranges::sort(sorted);
-    const auto duplicates = std::ranges::unique(sorted);
-    sorted.erase(duplicates.begin(), duplicates.end());
 
     const auto shared = [](const QString &a, const QString &b) { return std::ranges::mismatch(a, b).in1 - a.begin(); };
     QHash<QString, QString> shown;
