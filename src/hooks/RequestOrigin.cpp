@@ -35,7 +35,7 @@ template <std::size_t Size>
 bool parseAddress(int family, std::string_view text, std::array<unsigned char, Size> &bytes)
 {
     std::array<char, INET6_ADDRSTRLEN> terminated {};
-    if (text.size() >= terminated.size())
+    if (text.size() >= terminated.size() || text.find('\0') != std::string_view::npos)
         return false;
     std::ranges::copy(text, terminated.begin());
     return inet_pton(family, terminated.data(), bytes.data()) == 1;

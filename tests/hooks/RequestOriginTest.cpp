@@ -85,6 +85,14 @@ TEST(RequestOrigin, isNotDeceivedByBlanksAndLineEnds)
     EXPECT_FALSE(isLocal("X: y\rHost: evil.example"));
 }
 
+TEST(RequestOrigin, isNotDeceivedByAZeroByte)
+{
+    using namespace std::string_literals;
+
+    EXPECT_FALSE(isLocal("Host: 127.0.0.1\0.evil.example"s));
+    EXPECT_FALSE(isLocal("Host: [::1\0]"s));
+}
+
 TEST(RequestOrigin, takesOtherHeadersAsTheyAre)
 {
     EXPECT_TRUE(isLocal("X-Origin: a\r\nOriginal: b\r\nX-Host: c\r\nX: Host: evil.example\r\nno colon"));
