@@ -154,10 +154,12 @@ void IntakeConnection::take(std::string_view bytes)
 
 void IntakeConnection::keep(std::string_view bytes)
 {
-    m_buffer = m_owner.takeBuffer();
-    // One read's room beyond what was announced, so that the last read needs no growth.
-    if (const auto announced = m_framing.announcedLength())
+    // One read's room beyond what was announced, so that the last read needs no growth. The shared buffer is for such
+    // requests alone: one whose header block is still under way may stall, and would keep it.
+    if (const auto announced = m_framing.announcedLength()) {
+        m_buffer = m_owner.takeBuffer();
         m_buffer.reserve(std::min(*announced, largestReservation) + m_owner.scratch().size());
+    }
     m_buffer.append(bytes);
 }
 
@@ -227,14 +229,14 @@ void IntakeConnection::readWhileHeld()
 void IntakeConnection::answer(const HTTPResponse &response)
 {
     m_state = State::Answering;
-    m_unsent = response.toBytes();
+    m_answer = response.toBytes();
     send();
 }
 
 void IntakeConnection::send()
 {
-    while (!m_unsent.empty()) {
-        const auto [count, error] = m_socket.send(m_unsent);
+    while (m_sent < m_answer.size()) {
+        const auto [count, error] = m_socket.send(std::string_view(m_answer).substr(m_sent));
         if (wouldBlock(error)) {
             m_owner.entered(*this);
             m_socket.whenWritable([self = shared_from_this()](std::error_code failure) {
@@ -249,8 +251,11 @@ void IntakeConnection::send()
         }
         if (error)
             return close();
-        m_unsent.erase(0, count);
+        m_sent += count;
     }
+    // Before any closing: where the peer has sent more meanwhile, closing resets the connection, and what was still to
+    // go out would be lost with it.
+    m_socket.shutdownSending();
     // While it was held, the peer may have sent more.
     if (m_peerHasEnded || (m_framing.isExhausted() && !m_held))
         close();
@@ -262,7 +267,6 @@ void IntakeConnection::linger()
 {
     // Closing while the peer still sends would reset the connection, and the answer would be lost with it.
     m_state = State::Lingering;
-    m_socket.shutdownSending();
     m_lingering = std::make_unique<asio::steady_timer>(*m_owner.loop(), vantry::lingering);
     m_lingering->async_wait([self = shared_from_this()](std::error_code error) {
         if (!error)

@@ -101,7 +101,8 @@ private:
     State m_state { State::Reading };
     bool m_waitsToRead { false };
     bool m_peerHasEnded { false };
-    std::string m_unsent;
+    std::string m_answer;
+    std::size_t m_sent { 0 }; ///< So many bytes of the answer.
     std::unique_ptr<asio::steady_timer> m_lingering;
     std::shared_ptr<HeldState> m_held; ///< Only of a connection that is or was held.
     std::function<void()> m_onGone;

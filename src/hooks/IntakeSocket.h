@@ -45,7 +45,7 @@ public:
     };
     /// Nothing and no error: the peer has ended its sending.
     [[nodiscard]] Transfer receive(std::span<char> room);
-    /// The end of what is sent may wait for shutdownSending() or close(), to share their packet.
+    /// The end of what is sent may wait for shutdownSending(), to share its packet.
     [[nodiscard]] Transfer send(std::string_view bytes);
     /// Tells the peer that no more will be sent.
     void shutdownSending();
