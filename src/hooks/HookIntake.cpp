@@ -73,13 +73,20 @@ void HookIntake::stopListening()
 
 void HookIntake::handOver(MainQueue::Task task)
 {
-    m_gathered.push_back(std::move(task));
-    if (m_gathered.size() > 1)
-        return;
     const auto next = m_lastPassedOn + gatheringTime;
-    if (next <= asio::steady_timer::clock_type::now())
-        return passOn();
-    m_gathering.expires_at(next);
+    const bool isFirst = m_gathered.empty();
+    const bool goesAtOnce = isFirst && next <= asio::steady_timer::clock_type::now();
+    // The timer first: were it to fail with a task waiting, that one and all that follow would wait for ever.
+    if (isFirst && !goesAtOnce)
+        passOnAt(next);
+    m_gathered.push_back(std::move(task));
+    if (goesAtOnce)
+        passOn();
+}
+
+void HookIntake::passOnAt(asio::steady_timer::time_point time)
+{
+    m_gathering.expires_at(time);
     m_gathering.async_wait([this](std::error_code error) {
         if (!error)
             passOn();
@@ -101,6 +108,8 @@ void HookIntake::run()
 {
     for (;;) {
         try {
+            // Again after a failure: it may have been the accepting that was cut short.
+            waitToAccept();
             m_loop->run();
             return;
         } catch (const std::exception &exception) {
@@ -165,7 +174,7 @@ void HookIntake::openListeners(std::uint16_t port, std::uint64_t generation)
 
 void HookIntake::waitToAccept(const std::shared_ptr<Listener> &listener)
 {
-    if (std::exchange(listener->isWaiting, true))
+    if (listener->isWaiting)
         return;
     listener->socket.whenReadable([this, waiting = std::weak_ptr(listener)](std::error_code error) {
         const auto alive = waiting.lock();
@@ -177,6 +186,7 @@ void HookIntake::waitToAccept(const std::shared_ptr<Listener> &listener)
         else
             acceptAll(alive);
     });
+    listener->isWaiting = true;
 }
 
 void HookIntake::acceptAll(const std::shared_ptr<Listener> &listener)
@@ -241,6 +251,11 @@ void HookIntake::resumeAccepting()
     if (!std::exchange(m_acceptPaused, false))
         return;
     m_pause.cancel();
+    waitToAccept();
+}
+
+void HookIntake::waitToAccept()
+{
     for (const auto &listener : m_listeners)
         waitToAccept(listener);
 }

@@ -79,11 +79,13 @@ private:
     void openListeners(std::uint16_t port, std::uint64_t generation);
     void closeListeners();
     void waitToAccept(const std::shared_ptr<Listener> &listener);
+    void waitToAccept();
     void acceptAll(const std::shared_ptr<Listener> &listener);
     void acceptError(const std::shared_ptr<Listener> &listener, std::error_code error);
     void greet(IntakeSocket socket);
     void pauseAccepting();
     void resumeAccepting();
+    void passOnAt(asio::steady_timer::time_point time);
     void passOn();
     void beginEnd();
     [[nodiscard]] std::vector<std::shared_ptr<IntakeConnection>> openConnections() const;
