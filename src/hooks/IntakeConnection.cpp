@@ -105,9 +105,8 @@ void IntakeConnection::onReadable()
     case State::Reading:
         return readRequest();
     case State::Held:
-        return readWhileHeld();
     case State::Lingering:
-        return drain();
+        return dropWhatComes();
     case State::Answering: // Lingering begins with a look at what has come.
     case State::Closed:
         return;
@@ -209,21 +208,7 @@ void IntakeConnection::hold(HookEvent event)
     if (m_peerHasEnded)
         close();
     else
-        readWhileHeld();
-}
-
-void IntakeConnection::readWhileHeld()
-{
-    for (std::size_t dropped = 0; dropped < bytesPerTurn;) {
-        const auto [count, error] = m_socket.receive(m_owner.scratch());
-        if (wouldBlock(error))
-            break;
-        // A peer that has only ended its sending counts as gone, too.
-        if (count == 0)
-            return close();
-        dropped += count;
-    }
-    waitToRead();
+        dropWhatComes();
 }
 
 void IntakeConnection::answer(const HTTPResponse &response)
@@ -272,15 +257,16 @@ void IntakeConnection::linger()
         if (!error)
             self->close();
     });
-    drain();
+    dropWhatComes();
 }
 
-void IntakeConnection::drain()
+void IntakeConnection::dropWhatComes()
 {
     for (std::size_t dropped = 0; dropped < bytesPerTurn;) {
         const auto [count, error] = m_socket.receive(m_owner.scratch());
         if (wouldBlock(error))
             break;
+        // A peer that has only ended its sending counts as gone, too.
         if (count == 0)
             return close();
         dropped += count;

@@ -87,12 +87,11 @@ private:
     void process(std::string_view bytes);
     void deliver(HookEvent event);
     void hold(HookEvent event);
-    void readWhileHeld();
 
     void answer(const HTTPResponse &response);
     void send();
     void linger();
-    void drain();
+    void dropWhatComes();
 
     Owner &m_owner;
     IntakeSocket m_socket;

@@ -203,7 +203,7 @@ TEST(FirstMeaningfulLine, readsHugeTextInOnePass)
 
 TEST(AbbreviatePaths, keepsTheLastTwoPartsOfALongPath)
 {
-    EXPECT_EQ(abbreviatePaths(QStringLiteral("/home/ada/work/vantry/main.cpp")), QStringLiteral("…/vantry/main.cpp"));
+    EXPECT_EQ(abbreviatePaths(QStringLiteral("/home/ada/projects/vantry/main.cpp")), QStringLiteral("…/vantry/main.cpp"));
 }
 
 TEST(AbbreviatePaths, leavesAPathOfTwoPartsAlone)
