@@ -138,10 +138,11 @@ private:
 class Defaults::Private
 {
 public:
-    Private(Defaults &owner, const QString &path, Log &log)
+    Private(Defaults &owner, const QString &path, MainQueue &mainQueue, Log &log)
         : m_owner(owner)
         , m_path(path)
         , m_nativePath(QFile::encodeName(path).toStdString())
+        , m_mainQueue(mainQueue)
         , m_log(log)
     {
         QObject::connect(&m_watcher, &QFileSystemWatcher::fileChanged, &m_owner, [this] { takeOver(); });
@@ -243,10 +244,12 @@ private:
         if (m_write)
             return;
         m_write = std::make_shared<Write>(m_nativePath, m_edits, m_lastEdit, m_log);
-        m_queue.async([this, write = m_write] {
+        m_queue.async([this, write = m_write, alive = std::weak_ptr(m_alive)] {
             write->run();
-            QMetaObject::invokeMethod(
-                &m_owner, [this] { finishWrite(); }, Qt::QueuedConnection);
+            m_mainQueue.post([this, alive] {
+                if (!alive.expired())
+                    finishWrite();
+            });
         });
     }
 
@@ -272,7 +275,9 @@ private:
     Defaults &m_owner;
     QString m_path;
     std::string m_nativePath;
+    MainQueue &m_mainQueue;
     Log &m_log;
+    const std::shared_ptr<const bool> m_alive { std::make_shared<bool>(true) };
     QFileSystemWatcher m_watcher;
     std::pair<dev_t, ino_t> m_watchedFile {};
     Values m_values; ///< The file's, as last read.
@@ -282,9 +287,9 @@ private:
     SerialQueue m_queue { "com.vantry.defaults" }; ///< Last: its tasks use all of the above.
 };
 
-Defaults::Defaults(const QString &path, Log &log, QObject *parent)
+Defaults::Defaults(const QString &path, MainQueue &mainQueue, Log &log, QObject *parent)
     : QObject(parent)
-    , d(std::make_unique<Private>(*this, path, log))
+    , d(std::make_unique<Private>(*this, path, mainQueue, log))
 {}
 
 Defaults::~Defaults()

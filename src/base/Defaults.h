@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/DebugLog.h"
+#include "base/MainQueue.h"
 
 #include <QObject>
 #include <QString>
@@ -20,7 +21,7 @@ class Defaults final : public QObject
     Q_OBJECT
 
 public:
-    Defaults(const QString &path, Log &log, QObject *parent = nullptr);
+    Defaults(const QString &path, MainQueue &mainQueue, Log &log, QObject *parent = nullptr);
     ~Defaults() override;
 
     [[nodiscard]] bool boolean(const QString &key, bool fallback) const;

@@ -1,39 +1,72 @@
 #include "base/WorkerPool.h"
 
-#include <QThreadPool>
+#include <pthread.h>
+#include <sys/resource.h>
 
 #include <utility>
 
 namespace vantry {
 
 WorkerPool::WorkerPool(int threads)
-    : m_pool(std::make_unique<QThreadPool>())
 {
-    m_pool->setMaxThreadCount(threads);
-    m_pool->setThreadPriority(QThread::LowPriority);
-    m_pool->setObjectName(QStringLiteral("vantry-worker"));
+    for (int i = 0; i < threads; ++i)
+        m_threads.emplace_back([this] { loop(); });
 }
 
 WorkerPool::~WorkerPool()
 {
-    m_pool->clear();
-    m_ending.cancel();
-    waitForDone();
+    {
+        // What the dropped tasks have captured goes before the running ones are waited for.
+        std::deque<Task> dropped;
+        const std::scoped_lock lock(m_mutex);
+        m_ending = true;
+        dropped.swap(m_tasks);
+    }
+    m_cancellation.cancel();
+    m_wake.notify_all();
+    for (std::thread &thread : m_threads)
+        thread.join();
 }
 
 void WorkerPool::run(Task task)
 {
-    m_pool->start([this, task = std::move(task)]() mutable {
-        const Cancellation::Scope scope(m_ending);
-        std::exchange(task, nullptr)();
-        const std::scoped_lock lock(m_afterTask);
-    });
+    const std::scoped_lock lock(m_mutex);
+    if (m_ending)
+        return;
+    m_tasks.push_back(std::move(task));
+    m_wake.notify_one();
 }
 
 void WorkerPool::waitForDone()
 {
-    m_pool->waitForDone();
-    const std::scoped_lock lock(m_afterTask);
+    std::unique_lock lock(m_mutex);
+    m_done.wait(lock, [this] { return m_tasks.empty() && m_running == 0; });
+}
+
+void WorkerPool::loop()
+{
+    pthread_setname_np(pthread_self(), "vantry-worker");
+    // On Linux this is the thread's own, and that of the programs that it starts.
+    constexpr int low = 10;
+    setpriority(PRIO_PROCESS, 0, low);
+    const Cancellation::Scope scope(m_cancellation);
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_wake.wait(lock, [this] { return m_ending || !m_tasks.empty(); });
+        if (m_tasks.empty())
+            return;
+        {
+            const Task task = std::exchange(m_tasks.front(), nullptr);
+            m_tasks.pop_front();
+            ++m_running;
+            lock.unlock();
+            task();
+        }
+        lock.lock();
+        --m_running;
+        if (m_tasks.empty() && m_running == 0)
+            m_done.notify_all();
+    }
 }
 
 } // namespace vantry

@@ -2,11 +2,12 @@
 
 #include "base/Cancellation.h"
 
+#include <condition_variable>
+#include <deque>
 #include <functional>
-#include <memory>
 #include <mutex>
-
-class QThreadPool;
+#include <thread>
+#include <vector>
 
 namespace vantry {
 
@@ -24,17 +25,22 @@ public:
     WorkerPool(const WorkerPool &) = delete;
     WorkerPool &operator=(const WorkerPool &) = delete;
 
-    /// Any thread.
+    /// Any thread. What the task throws is a defect and ends the process.
     void run(Task task);
     /// Waits until nothing is running or waiting. For tests and for the end of the program.
     void waitForDone();
 
 private:
-    /// Taken after each task and by who has waited for it. The pool's own locks order the two already, but they are
-    /// Qt's, which ThreadSanitizer can't see.
-    std::mutex m_afterTask;
-    Cancellation m_ending;
-    std::unique_ptr<QThreadPool> m_pool;
+    void loop();
+
+    Cancellation m_cancellation;
+    std::mutex m_mutex;
+    std::condition_variable m_wake; ///< There is a task, or the end has come.
+    std::condition_variable m_done; ///< Nothing is running or waiting.
+    std::deque<Task> m_tasks;
+    int m_running { 0 };
+    bool m_ending { false };
+    std::vector<std::thread> m_threads; ///< Last: they use all of the above.
 };
 
 } // namespace vantry

@@ -24,7 +24,9 @@ public:
 class LiveProcessChecker final : public ProcessChecking
 {
 public:
-    explicit LiveProcessChecker(ProcessTable &processes) : m_processes(processes) {}
+    explicit LiveProcessChecker(ProcessTable &processes)
+        : m_processes(processes)
+    {}
 
     [[nodiscard]] std::optional<double> processStartTime(std::int64_t pid) const override;
     void terminate(std::int64_t pid, double startTime) override;

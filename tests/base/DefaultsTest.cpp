@@ -50,13 +50,14 @@ protected:
     QString folder { scratch.filePath(QStringLiteral("config/Vantry")) };
     QString path { folder + QStringLiteral("/settings.json") };
     std::string native { QFile::encodeName(path).toStdString() };
+    QtMainQueue mainQueue;
     test::RecordingLog log;
     int changes { 0 };
 };
 
 TEST_F(DefaultsTest, givesTheFallbackWithoutAFile)
 {
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
     EXPECT_TRUE(defaults.boolean(sounds, true));
     EXPECT_FALSE(defaults.boolean(sounds, false));
     EXPECT_EQ(defaults.string(displayMode, QStringLiteral("menuBar")), QStringLiteral("menuBar"));
@@ -67,7 +68,7 @@ TEST_F(DefaultsTest, givesTheFallbackWithoutAFile)
 TEST_F(DefaultsTest, takesAValueOfAnotherTypeForAbsent)
 {
     put(R"({"sounds_enabled":"false","displayMode":true,"n":1,"o":{"a":true},"x":null})");
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
     EXPECT_TRUE(defaults.boolean(sounds, true));
     EXPECT_EQ(defaults.string(displayMode), std::nullopt);
     for (const char16_t *key : { u"n", u"o", u"x", u"a" }) {
@@ -79,7 +80,7 @@ TEST_F(DefaultsTest, takesAValueOfAnotherTypeForAbsent)
 TEST_F(DefaultsTest, writesWhatIsSetAndKeepsTheRestDigitForDigit)
 {
     put(R"({"theirs":1.0,"big":123456789012345678901234567890,"s":"\ud800","sounds_enabled":true})");
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setBoolean(sounds, false);
     defaults.setString(displayMode, QStringLiteral("notch \"é\""));
     defaults.flush();
@@ -96,7 +97,7 @@ TEST_F(DefaultsTest, writesWhatIsSetAndKeepsTheRestDigitForDigit)
 
 TEST_F(DefaultsTest, givesWhatWasSetAtOnce)
 {
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setString(displayMode, QStringLiteral("both"));
     EXPECT_EQ(defaults.string(displayMode), QStringLiteral("both"));
     defaults.remove(displayMode);
@@ -106,7 +107,7 @@ TEST_F(DefaultsTest, givesWhatWasSetAtOnce)
 TEST_F(DefaultsTest, letsTheLastOfManySettingsWin)
 {
     {
-        Defaults defaults(path, log);
+        Defaults defaults(path, mainQueue, log);
         for (int i = 0; i <= 200; ++i)
             defaults.setString(displayMode, QString::number(i));
         // The end waits for the file.
@@ -117,7 +118,7 @@ TEST_F(DefaultsTest, letsTheLastOfManySettingsWin)
 TEST_F(DefaultsTest, makesFileAndFolderForTheirOwnerAlone)
 {
     ASSERT_TRUE(QDir(scratch.filePath(QStringLiteral("config"))).removeRecursively());
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setBoolean(sounds, true);
     defaults.flush();
 
@@ -131,7 +132,7 @@ TEST_F(DefaultsTest, makesFileAndFolderForTheirOwnerAlone)
 
 TEST_F(DefaultsTest, tellsOnceOfEachChangeAndNotOfItsOwnWrite)
 {
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     countChanges(defaults);
     defaults.setBoolean(sounds, true);
     EXPECT_EQ(changes, 1);
@@ -150,7 +151,7 @@ TEST_F(DefaultsTest, tellsOnceOfEachChangeAndNotOfItsOwnWrite)
 TEST_F(DefaultsTest, takesOverAReplacedFile)
 {
     put(R"({"displayMode":"notch"})");
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
     for (const char *mode : { "both", "menuBar", "notch" }) {
         put(std::string(R"({"displayMode":")") + mode + "\"}");
         turnUntil([&] { return defaults.string(displayMode) == QString::fromLatin1(mode); });
@@ -160,7 +161,7 @@ TEST_F(DefaultsTest, takesOverAReplacedFile)
 TEST_F(DefaultsTest, takesOverAFileThatIsWrittenInPlace)
 {
     put(R"({"displayMode":"notch"})");
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
     for (const char *mode : { "both", "menuBar" }) {
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
@@ -173,7 +174,7 @@ TEST_F(DefaultsTest, takesOverAFileThatIsWrittenInPlace)
 TEST_F(DefaultsTest, takesOverADeletedFile)
 {
     put(R"({"displayMode":"notch"})");
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
     ASSERT_TRUE(QFile::remove(path));
     turnUntil([&] { return !defaults.string(displayMode); });
 }
@@ -181,7 +182,7 @@ TEST_F(DefaultsTest, takesOverADeletedFile)
 TEST_F(DefaultsTest, takesOverAFileWhoseFoldersAppearLater)
 {
     ASSERT_TRUE(QDir(scratch.filePath(QStringLiteral("config"))).removeRecursively());
-    const Defaults defaults(path, log);
+    const Defaults defaults(path, mainQueue, log);
 
     ASSERT_TRUE(QDir().mkpath(folder));
     put(R"({"displayMode":"notch"})");
@@ -200,7 +201,7 @@ TEST_F(DefaultsTest, takesOverTheTargetOfALink)
     const std::string target = QFile::encodeName(scratch.filePath(QStringLiteral("dotfile.json"))).toStdString();
     ASSERT_EQ(symlink(target.c_str(), native.c_str()), 0);
     put(R"({"displayMode":"notch"})");
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     put(R"({"displayMode":"both"})");
     turnUntil([&] { return defaults.string(displayMode) == QStringLiteral("both"); });
 
@@ -214,7 +215,7 @@ TEST_F(DefaultsTest, takesOverTheTargetOfALink)
 TEST_F(DefaultsTest, keepsWhatOthersHaveWrittenMeanwhile)
 {
     put(R"({"a":"old","displayMode":"notch"})");
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     // Not yet taken over, since the event loop does not turn.
     put(R"({"a":"theirs","displayMode":"theirs","b":"new"})");
     defaults.setString(displayMode, QStringLiteral("ours"));
@@ -228,7 +229,7 @@ TEST_F(DefaultsTest, keepsWhatOthersHaveWrittenMeanwhile)
 TEST_F(DefaultsTest, removesAKeyFromTheFile)
 {
     put(R"({"a":1,"displayMode":"notch"})");
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.remove(displayMode);
     defaults.flush();
     EXPECT_EQ(contents(), "{\n  \"a\": 1\n}\n");
@@ -239,7 +240,7 @@ TEST_F(DefaultsTest, leavesAFileAloneThatNothingWasChangedIn)
     const std::string theirs = R"({"displayMode":"notch"})";
     put(theirs);
     {
-        Defaults defaults(path, log);
+        Defaults defaults(path, mainQueue, log);
         defaults.setString(displayMode, QStringLiteral("notch"));
     }
     EXPECT_EQ(contents(), theirs);
@@ -250,7 +251,7 @@ TEST_F(DefaultsTest, putsABrokenFileAsideBeforeItWrites)
     for (const char *broken : { "{\"displayMode\":\"notch\",}", "[1]", "" }) {
         put(broken);
         log.clear();
-        Defaults defaults(path, log);
+        Defaults defaults(path, mainQueue, log);
         EXPECT_EQ(defaults.string(displayMode), std::nullopt);
         EXPECT_EQ(contents(), broken);
 
@@ -267,7 +268,7 @@ TEST_F(DefaultsTest, putsABrokenFileAsideBeforeItWrites)
 TEST_F(DefaultsTest, replacesNothingThatIsNoFile)
 {
     ASSERT_TRUE(QDir().mkdir(path));
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setBoolean(sounds, false);
     defaults.flush();
 
@@ -281,7 +282,7 @@ TEST_F(DefaultsTest, replacesNothingThatIsNoFile)
 TEST_F(DefaultsTest, writesWithTheNextEditWhatCouldNotBeWritten)
 {
     ASSERT_TRUE(QDir().mkdir(path));
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setBoolean(sounds, false);
     defaults.flush();
     ASSERT_TRUE(QDir().rmdir(path));
@@ -294,7 +295,7 @@ TEST_F(DefaultsTest, writesWithTheNextEditWhatCouldNotBeWritten)
 
 TEST_F(DefaultsTest, writesWithoutAFlushOnceTheEventLoopTurns)
 {
-    Defaults defaults(path, log);
+    Defaults defaults(path, mainQueue, log);
     defaults.setBoolean(sounds, false);
     defaults.setString(displayMode, QStringLiteral("both"));
     turnUntil([&] { return contents() == "{\n  \"displayMode\": \"both\",\n  \"sounds_enabled\": false\n}\n"; });
@@ -303,7 +304,7 @@ TEST_F(DefaultsTest, writesWithoutAFlushOnceTheEventLoopTurns)
 TEST_F(DefaultsTest, skipsAByteOrderMark)
 {
     put("\xEF\xBB\xBF{\"displayMode\":\"notch\"}");
-    EXPECT_EQ(Defaults(path, log).string(displayMode), QStringLiteral("notch"));
+    EXPECT_EQ(Defaults(path, mainQueue, log).string(displayMode), QStringLiteral("notch"));
 }
 
 } // namespace

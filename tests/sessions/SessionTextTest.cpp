@@ -203,7 +203,8 @@ TEST(FirstMeaningfulLine, readsHugeTextInOnePass)
 
 TEST(AbbreviatePaths, keepsTheLastTwoPartsOfALongPath)
 {
-    EXPECT_EQ(abbreviatePaths(QStringLiteral("/home/ada/projects/vantry/main.cpp")), QStringLiteral("…/vantry/main.cpp"));
+    EXPECT_EQ(abbreviatePaths(QStringLiteral("/home/ada/projects/vantry/main.cpp")),
+              QStringLiteral("…/vantry/main.cpp"));
 }
 
 TEST(AbbreviatePaths, leavesAPathOfTwoPartsAlone)
