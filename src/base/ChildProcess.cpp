@@ -119,11 +119,7 @@ pid_t launch(const Start &start)
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-#ifdef __SANITIZE_THREAD__
-    const pid_t process = fork(); // ThreadSanitizer can't follow two processes in one memory.
-#else
     const pid_t process = vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
-#endif
     if (process == 0)
         becomeProgram(start); // NOLINT(clang-analyzer-unix.Vfork)
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
