@@ -1,0 +1,48 @@
+#include "transcripts/TranscriptFile.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace vantry {
+
+std::optional<TranscriptFile> TranscriptFile::open(const QString &path)
+{
+    FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status
+    {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return TranscriptFile(std::move(file));
+}
+
+std::uint64_t TranscriptFile::size() const
+{
+    struct stat status
+    {};
+    return ::fstat(m_file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::optional<std::string> TranscriptFile::read(std::uint64_t offset, std::size_t length) const
+{
+    std::string bytes(length, '\0');
+    std::size_t filled = 0;
+    while (filled < length) {
+        const ssize_t count =
+            ::pread(m_file.get(), bytes.data() + filled, length - filled, static_cast<off_t>(offset + filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
+            break;
+        filled += static_cast<std::size_t>(count);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+} // namespace vantry

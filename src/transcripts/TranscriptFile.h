@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/FileDescriptor.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantry {
+
+/// A file that an agent writes, open for reading. Any thread, one at a time.
+class TranscriptFile
+{
+public:
+    /// Nothing unless the path names a regular file that may be read. Never waits: not for the writer of a FIFO, not
+    /// for a device.
+    [[nodiscard]] static std::optional<TranscriptFile> open(const QString &path);
+
+    /// In bytes, at this moment: the agent may be writing.
+    [[nodiscard]] std::uint64_t size() const;
+    /// What stands there, less than `length` only at the file's end; nothing when reading fails.
+    [[nodiscard]] std::optional<std::string> read(std::uint64_t offset, std::size_t length) const;
+
+private:
+    explicit TranscriptFile(FileDescriptor file)
+        : m_file(std::move(file))
+    {}
+
+    FileDescriptor m_file;
+};
+
+} // namespace vantry
