@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t largestRead = 65536;
 constexpr std::size_t largestSpare = std::size_t { 1 } << 20;
+/// As many large requests as come at once when several agents work.
+constexpr std::size_t mostSpares = 4;
 /// After so many connections in a row those that are open get their turn.
 constexpr int acceptsPerTurn = 64;
 /// How long accepting pauses when there is no descriptor left and no connection ends.
@@ -125,15 +127,19 @@ std::span<char> HookIntake::scratch()
 
 ReceiveBuffer HookIntake::takeBuffer()
 {
-    return std::exchange(m_spare, {});
+    if (m_spares.empty())
+        return {};
+    ReceiveBuffer buffer = std::move(m_spares.back());
+    m_spares.pop_back();
+    return buffer;
 }
 
 void HookIntake::recycle(ReceiveBuffer buffer)
 {
-    if (buffer.capacity() <= m_spare.capacity() || buffer.capacity() > largestSpare)
+    if (buffer.capacity() == 0 || buffer.capacity() > largestSpare || m_spares.size() == mostSpares)
         return;
     buffer.reuse();
-    m_spare = std::move(buffer);
+    m_spares.push_back(std::move(buffer));
 }
 
 void HookIntake::requested(HookEvent event, HookConnectionPtr connection)

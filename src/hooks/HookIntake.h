@@ -103,7 +103,8 @@ private:
     std::vector<std::shared_ptr<Listener>> m_listeners;
     std::unordered_set<IntakeConnection *> m_connections; ///< Those that the loop knows.
     std::vector<char> m_scratch;
-    ReceiveBuffer m_spare; ///< Of the last larger request, since fresh memory costs more than the copying into it.
+    /// Of earlier larger requests, since fresh memory costs more than the copying into it.
+    std::vector<ReceiveBuffer> m_spares;
     asio::steady_timer m_pause;
     asio::steady_timer m_patience;           ///< How long the end waits for answers.
     std::vector<MainQueue::Task> m_gathered; ///< Waits for the timer; in between, nothing does.

@@ -1,12 +1,34 @@
 #include "hooks/ReceiveBuffer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
 #include <utility>
 
+#include <sys/mman.h>
+
 namespace vantry {
+
+namespace {
+
+/// Large pages for a large block: filling it costs one page fault in 2 MB instead of one in 4 KB.
+void useLargePages([[maybe_unused]] char *data, [[maybe_unused]] std::size_t size)
+{
+#ifdef MADV_HUGEPAGE
+    constexpr std::size_t worthwhile = std::size_t { 4 } << 20;
+    constexpr std::uintptr_t page = 4096;
+    if (size < worthwhile)
+        return;
+    // Only a hint: whether it is taken is of no concern.
+    const auto begin = (reinterpret_cast<std::uintptr_t>(data) + page - 1) / page * page;
+    const auto end = (reinterpret_cast<std::uintptr_t>(data) + size) / page * page;
+    ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+}
+
+} // namespace
 
 ReceiveBuffer::ReceiveBuffer(ReceiveBuffer &&other) noexcept
     : m_data(std::move(other.m_data))
@@ -49,6 +71,7 @@ void ReceiveBuffer::reserve(std::size_t size)
     static_cast<void>(m_data.release());
     m_data.reset(grown);
     m_capacity = size;
+    useLargePages(grown, size);
 }
 
 void ReceiveBuffer::clear()
