@@ -55,6 +55,9 @@ public:
         std::vector<TerminalDriver *> drivers {};
         /// The live sessions, for finding a terminal to open something in. May be unset: there are none.
         std::function<QList<SessionPtr>()> liveSessions {};
+        /// What the agent prints about its options; nothing when it can't be asked. Called once at most, off the main
+        /// thread. May be unset: nothing.
+        std::function<std::optional<QString>()> agentHelp {};
     };
 
     /// `pythonPath` is reserved for terminals that are driven by Python; nothing reads it.
