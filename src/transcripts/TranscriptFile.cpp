@@ -29,10 +29,19 @@ std::uint64_t TranscriptFile::size() const
 std::optional<std::string> TranscriptFile::read(std::uint64_t offset, std::size_t length) const
 {
     std::string bytes(length, '\0');
+    const auto filled = read(offset, std::span(bytes));
+    if (!filled)
+        return std::nullopt;
+    bytes.resize(*filled);
+    return bytes;
+}
+
+std::optional<std::size_t> TranscriptFile::read(std::uint64_t offset, std::span<char> out) const
+{
     std::size_t filled = 0;
-    while (filled < length) {
+    while (filled < out.size()) {
         const ssize_t count =
-            ::pread(m_file.get(), bytes.data() + filled, length - filled, static_cast<off_t>(offset + filled));
+            ::pread(m_file.get(), out.data() + filled, out.size() - filled, static_cast<off_t>(offset + filled));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
@@ -41,8 +50,7 @@ std::optional<std::string> TranscriptFile::read(std::uint64_t offset, std::size_
             break;
         filled += static_cast<std::size_t>(count);
     }
-    bytes.resize(filled);
-    return bytes;
+    return filled;
 }
 
 } // namespace vantry

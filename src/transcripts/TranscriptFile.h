@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace vantry {
@@ -22,6 +23,8 @@ public:
     [[nodiscard]] std::uint64_t size() const;
     /// What stands there, less than `length` only at the file's end; nothing when reading fails.
     [[nodiscard]] std::optional<std::string> read(std::uint64_t offset, std::size_t length) const;
+    /// The same into memory of the caller's: how many bytes were read.
+    [[nodiscard]] std::optional<std::size_t> read(std::uint64_t offset, std::span<char> out) const;
 
 private:
     explicit TranscriptFile(FileDescriptor file)

@@ -1,0 +1,176 @@
+#include "transcripts/TranscriptLines.h"
+
+#include <simdjson.h>
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace vantry {
+namespace {
+
+static_assert(TranscriptLines::padding >= simdjson::SIMDJSON_PADDING);
+
+/// Small enough for the processor's cache, so that a line is still there when it is parsed.
+constexpr std::size_t blockSize = std::size_t { 256 } << 10;
+constexpr std::size_t longestBuffer = TranscriptLines::maximumLineLength + blockSize;
+
+bool isUtf8(std::string_view text)
+{
+    return simdjson::validate_utf8(text.data(), text.size());
+}
+
+/// How many bytes at the end begin a character that goes on behind it.
+std::size_t unfinishedCharacter(std::string_view text)
+{
+    for (std::size_t back = 1; back <= std::min<std::size_t>(3, text.size()); ++back) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+        const bool continues = (byte & 0xC0) == 0x80;
+        if (continues)
+            continue;
+        const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        return length > back ? back : 0;
+    }
+    return 0;
+}
+
+} // namespace
+
+// The kernel copies five times slower to memory that doesn't begin at a page, as large blocks of malloc() don't.
+TranscriptLines::Pages::Pages(std::size_t size)
+    : m_memory(static_cast<char *>(
+          ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) // NOLINT: the macro.
+    , m_size(size)
+{
+    if (m_memory == MAP_FAILED) {
+        m_memory = nullptr;
+        throw std::bad_alloc();
+    }
+}
+
+TranscriptLines::Pages::Pages(Pages &&other) noexcept
+    : m_memory(std::exchange(other.m_memory, nullptr))
+    , m_size(other.m_size)
+{}
+
+TranscriptLines::Pages &TranscriptLines::Pages::operator=(Pages &&other) noexcept
+{
+    std::swap(m_memory, other.m_memory);
+    std::swap(m_size, other.m_size);
+    return *this;
+}
+
+TranscriptLines::Pages::~Pages()
+{
+    if (m_memory != nullptr)
+        ::munmap(m_memory, m_size);
+}
+
+TranscriptLines::TranscriptLines(const TranscriptFile &file, std::uint64_t offset)
+    : m_file(file)
+    , m_bufferOffset(offset)
+    , m_endOfTerminated(offset)
+{}
+
+std::optional<TranscriptLines::Line> TranscriptLines::next()
+{
+    while (!m_hasFailed && !m_isAtEnd) {
+        const char *const from = m_buffer.get() + m_scanned;
+        const std::size_t unseen = m_filled - m_scanned;
+        if (const void *feed = unseen > 0 ? std::memchr(from, '\n', unseen) : nullptr)
+            return take(static_cast<std::size_t>(static_cast<const char *>(feed) - m_buffer.get()) - m_begin, true);
+        m_scanned = m_filled;
+        if (m_filled - m_begin > maximumLineLength)
+            passOverLongLine();
+        else if (!fill())
+            break;
+    }
+    if (m_hasFailed || m_begin == m_filled)
+        return std::nullopt;
+    m_isAtEnd = true;
+    return take(m_filled - m_begin, false);
+}
+
+std::optional<TranscriptLines::Line> TranscriptLines::take(std::size_t length, bool isTerminated)
+{
+    const Line line { m_bufferOffset + m_begin, { m_buffer.get() + m_begin, length }, isTerminated };
+    m_begin += length + (isTerminated ? 1 : 0);
+    m_scanned = m_begin;
+    if (isTerminated)
+        m_endOfTerminated = m_bufferOffset + m_begin;
+    if (isUtf8(line.text))
+        return line;
+    m_hasFailed = isTerminated;
+    return std::nullopt;
+}
+
+void TranscriptLines::reserve(std::size_t capacity)
+{
+    if (capacity == m_capacity)
+        return;
+    // What is buffered is read again: the old memory goes first, so that there is never more than one.
+    m_buffer = Pages();
+    m_capacity = 0;
+    m_bufferOffset += m_begin;
+    m_begin = m_scanned = m_filled = 0;
+    m_buffer = Pages(capacity + padding);
+    m_capacity = capacity;
+}
+
+bool TranscriptLines::fill()
+{
+    const std::size_t kept = m_filled - m_begin;
+    if (kept == m_capacity)
+        reserve(std::clamp(2 * kept, blockSize, longestBuffer));
+    else if (kept < blockSize / 2)
+        reserve(blockSize);
+    if (m_begin > 0) {
+        std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_filled - m_begin);
+        m_bufferOffset += m_begin;
+        m_scanned -= m_begin;
+        m_filled -= m_begin;
+        m_begin = 0;
+    }
+    const auto count = m_file.read(m_bufferOffset + m_filled, { m_buffer.get() + m_filled, m_capacity - m_filled });
+    m_hasFailed = !count;
+    m_filled += count.value_or(0);
+    return count.value_or(0) > 0;
+}
+
+void TranscriptLines::passOverLongLine()
+{
+    std::uint64_t offset = m_bufferOffset + m_begin;
+    m_begin = m_filled;
+    reserve(blockSize);
+    bool isSound = true;
+    for (std::size_t kept = 0;;) {
+        const auto count = m_file.read(offset + kept, { m_buffer.get() + kept, m_capacity - kept });
+        if (!count) {
+            m_hasFailed = true;
+            return;
+        }
+        const std::string_view block(m_buffer.get(), kept + *count);
+        const std::size_t feed = block.find('\n');
+        const std::size_t length = std::min(feed, block.size());
+        kept = feed == std::string_view::npos ? unfinishedCharacter(block) : 0;
+        isSound = isSound && isUtf8(block.substr(0, length - kept));
+        offset += length - kept;
+        if (feed != std::string_view::npos) {
+            m_endOfTerminated = m_bufferOffset = offset + 1;
+            m_begin = m_scanned = m_filled = 0;
+            m_hasFailed = !isSound;
+            return;
+        }
+        if (*count == 0) {
+            m_isAtEnd = true;
+            m_begin = m_filled;
+            return;
+        }
+        std::memmove(m_buffer.get(), block.data() + length - kept, kept);
+    }
+}
+
+} // namespace vantry
