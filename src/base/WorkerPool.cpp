@@ -3,14 +3,17 @@
 #include <pthread.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace vantry {
 
-WorkerPool::WorkerPool(int threads)
+WorkerPool::WorkerPool(int maximumThreads, Priority priority)
+    : m_maximumThreads(static_cast<std::size_t>(std::max(maximumThreads, 1)))
+    , m_priority(priority)
 {
-    for (int i = 0; i < threads; ++i)
-        m_threads.emplace_back([this] { loop(); });
+    startThread();
 }
 
 WorkerPool::~WorkerPool()
@@ -35,6 +38,14 @@ void WorkerPool::run(Task task)
         return;
     m_tasks.push_back(std::move(task));
     m_wake.notify_one();
+    const std::size_t idle = m_threads.size() - m_running;
+    if (m_tasks.size() > idle && m_threads.size() < m_maximumThreads) {
+        try {
+            startThread();
+        } catch (const std::system_error &) {
+            // The system has none to give; those that there are will come to the task.
+        }
+    }
 }
 
 void WorkerPool::waitForDone()
@@ -43,12 +54,19 @@ void WorkerPool::waitForDone()
     m_done.wait(lock, [this] { return m_tasks.empty() && m_running == 0; });
 }
 
+void WorkerPool::startThread()
+{
+    m_threads.emplace_back([this] { loop(); });
+}
+
 void WorkerPool::loop()
 {
     pthread_setname_np(pthread_self(), "vantry-worker");
-    // On Linux this is the thread's own, and that of the programs that it starts.
-    constexpr int low = 10;
-    setpriority(PRIO_PROCESS, 0, low);
+    if (m_priority == Priority::Low) {
+        // On Linux this is the thread's own, and that of the programs that it starts.
+        constexpr int low = 10;
+        setpriority(PRIO_PROCESS, 0, low);
+    }
     const Cancellation::Scope scope(m_cancellation);
     std::unique_lock lock(m_mutex);
     for (;;) {

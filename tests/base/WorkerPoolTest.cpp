@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <atomic>
 #include <future>
+#include <latch>
 #include <memory>
 #include <thread>
 
@@ -21,6 +24,33 @@ TEST(WorkerPool, runsAllTasks)
     pool.waitForDone();
 
     EXPECT_EQ(ran, 100);
+}
+
+TEST(WorkerPool, runsAsManyTasksAtOnceAsItMayHaveThreads)
+{
+    constexpr int threads = 5;
+    WorkerPool pool(threads);
+    std::latch allRun(threads);
+    for (int i = 0; i < threads; ++i)
+        pool.run([&allRun] { allRun.arrive_and_wait(); });
+    pool.waitForDone();
+
+    EXPECT_TRUE(allRun.try_wait());
+}
+
+TEST(WorkerPool, leavesThePriorityWhereTheUserWaits)
+{
+    const auto priorityIn = [](WorkerPool &pool) {
+        int priority = 0;
+        pool.run([&priority] { priority = getpriority(PRIO_PROCESS, 0); });
+        pool.waitForDone();
+        return priority;
+    };
+    WorkerPool normal(1, WorkerPool::Priority::Normal);
+    WorkerPool low(1, WorkerPool::Priority::Low);
+
+    EXPECT_EQ(priorityIn(normal), getpriority(PRIO_PROCESS, 0));
+    EXPECT_GT(priorityIn(low), getpriority(PRIO_PROCESS, 0));
 }
 
 TEST(WorkerPool, waitsAtItsEndForWhatHasBegun)
