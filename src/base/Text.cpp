@@ -141,6 +141,13 @@ QStringView trimmedWhitespace(QStringView text)
     return text.sliced(begin, end - begin);
 }
 
+QString lastPathComponent(QStringView path)
+{
+    while (path.size() > 1 && path.endsWith(u'/'))
+        path.chop(1);
+    return path.size() == 1 ? path.toString() : path.sliced(path.lastIndexOf(u'/') + 1).toString();
+}
+
 std::string escapeControlCharacters(std::string_view utf8)
 {
     const auto isHarmless = [](char character) {

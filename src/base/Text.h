@@ -17,6 +17,8 @@ namespace vantry {
 [[nodiscard]] QStringView firstCharacters(QStringView text, qsizetype count);
 /// Without whitespace and line breaks (Unicode's) at both ends.
 [[nodiscard]] QStringView trimmedWhitespace(QStringView text);
+/// What stands behind the last "/"; slashes at the path's end don't count. "/" itself for the root.
+[[nodiscard]] QString lastPathComponent(QStringView path);
 /// Control characters (C0, DEL, C1, U+2028, U+2029) written as escapes, so that text from outside stays on one line and
 /// can't steer a terminal. Bytes that are not UTF-8 become U+FFFD.
 [[nodiscard]] std::string escapeControlCharacters(std::string_view utf8);

@@ -87,6 +87,16 @@ TEST(Text, trimsUnicodeWhitespaceAtBothEnds)
     EXPECT_EQ(trimmedWhitespace(u""), u"");
 }
 
+TEST(Text, takesTheLastComponentOfAPath)
+{
+    EXPECT_EQ(lastPathComponent(u"/src/vantry"), u"vantry");
+    EXPECT_EQ(lastPathComponent(u"/src/vantry//"), u"vantry");
+    EXPECT_EQ(lastPathComponent(u"vantry"), u"vantry");
+    EXPECT_EQ(lastPathComponent(u"/"), u"/");
+    EXPECT_EQ(lastPathComponent(u"//"), u"/");
+    EXPECT_EQ(lastPathComponent(u""), u"");
+}
+
 TEST(Text, leavesHarmlessTextAlone)
 {
     EXPECT_EQ(escapeControlCharacters("plain ~ text"), "plain ~ text");
