@@ -1,3 +1,4 @@
+#include "platform/PrivateBus.h"
 #include "platform/linux/DBusControlClient.h"
 #include "platform/linux/DBusControlEndpoint.h"
 
@@ -5,7 +6,6 @@
 #include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -19,41 +19,8 @@ namespace {
 using namespace Qt::StringLiterals;
 using Kind = ControlFailure::Kind;
 using Publication = ControlEndpoint::Publication;
+using test::PrivateBus;
 using ::testing::ElementsAre;
-
-/// A session bus of the test's own, which starts no service.
-class PrivateBus
-{
-public:
-    PrivateBus()
-    {
-        QFile configuration(m_folder.filePath(u"bus.conf"_s));
-        EXPECT_TRUE(configuration.open(QFile::WriteOnly));
-        configuration.write("<busconfig><type>session</type><listen>unix:path=" + m_folder.path().toUtf8() +
-                            "/socket</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
-                            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
-        configuration.close();
-        m_daemon.start(u"dbus-daemon"_s,
-                       { u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + configuration.fileName() });
-        EXPECT_TRUE(m_daemon.waitForReadyRead()) << "dbus-daemon did not start";
-        m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-    }
-    ~PrivateBus() { stop(); }
-    PrivateBus(const PrivateBus &) = delete;
-    PrivateBus &operator=(const PrivateBus &) = delete;
-
-    void stop()
-    {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-    [[nodiscard]] const QString &address() const { return m_address; }
-
-private:
-    QTemporaryDir m_folder;
-    QProcess m_daemon;
-    QString m_address;
-};
 
 /// Records what is asked for, and answers what a test has set.
 class RecordingRequests final : public ControlRequests
