@@ -19,11 +19,22 @@ std::optional<TranscriptFile> TranscriptFile::open(const QString &path)
     return TranscriptFile(std::move(file));
 }
 
-std::uint64_t TranscriptFile::size() const
+TranscriptFile::State TranscriptFile::state() const
 {
     struct stat status
     {};
-    return ::fstat(m_file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    if (::fstat(m_file.get(), &status) != 0)
+        return {};
+    return { .device = status.st_dev,
+             .inode = status.st_ino,
+             .size = static_cast<std::uint64_t>(status.st_size),
+             .modifiedSeconds = status.st_mtim.tv_sec,
+             .modifiedNanoseconds = status.st_mtim.tv_nsec };
+}
+
+std::uint64_t TranscriptFile::size() const
+{
+    return state().size;
 }
 
 std::optional<std::string> TranscriptFile::read(std::uint64_t offset, std::size_t length) const

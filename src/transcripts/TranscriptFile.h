@@ -19,6 +19,23 @@ public:
     /// for a device.
     [[nodiscard]] static std::optional<TranscriptFile> open(const QString &path);
 
+    /// Which file it is, and what tells that it has changed.
+    struct State
+    {
+        std::uint64_t device { 0 };
+        std::uint64_t inode { 0 };
+        std::uint64_t size { 0 };           ///< In bytes.
+        std::int64_t modifiedSeconds { 0 }; ///< Since 1970, with
+        long modifiedNanoseconds { 0 };     ///< these on top.
+
+        [[nodiscard]] bool isSameFile(const State &other) const
+        {
+            return device == other.device && inode == other.inode;
+        }
+        friend bool operator==(const State &, const State &) = default;
+    };
+
+    [[nodiscard]] State state() const;
     /// In bytes, at this moment: the agent may be writing.
     [[nodiscard]] std::uint64_t size() const;
     /// What stands there, less than `length` only at the file's end; nothing when reading fails.

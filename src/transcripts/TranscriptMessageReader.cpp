@@ -1,0 +1,209 @@
+#include "transcripts/TranscriptMessageReader.h"
+
+#include "base/Dates.h"
+#include "base/JsonScalars.h"
+#include "base/Text.h"
+#include "transcripts/TranscriptLines.h"
+#include "transcripts/TranscriptText.h"
+
+#include <QStringList>
+#include <QUuid>
+
+#include <algorithm>
+#include <utility>
+
+namespace vantry {
+namespace {
+
+/// How much of a file's front and of the end of what was read is compared to tell whether the file still is the same.
+constexpr std::size_t comparedLength = 4096;
+
+QString decoded(std::string_view inside)
+{
+    return decodeJsonString(inside).value_or(QString());
+}
+
+/// Makes the messages of one sound line.
+class LineMessages
+{
+public:
+    /// `before` is how many messages the transcript gives before this line.
+    LineMessages(const TranscriptLine &line, const TranscriptLines::Line &source, std::int64_t before)
+        : m_line(line)
+        , m_source(source)
+        , m_before(before)
+        , m_timestamp(line.timestamp ? parseIsoDate(decoded(*line.timestamp)) : std::nullopt)
+    {}
+
+    /// Whether a line can give any: told without its text, so that other lines needn't be looked at in full.
+    [[nodiscard]] static bool areIn(const TranscriptLine &line)
+    {
+        if (!line.message)
+            return false;
+        if (jsonStringIs(line.type, "user"))
+            return isWrittenByPerson(line) &&
+                   (line.message->kind == TranscriptContent::Kind::string || line.message->hasTextBlock);
+        return jsonStringIs(line.type, "assistant") && (line.message->hasTextBlock || line.message->hasToolUseBlock);
+    }
+
+    [[nodiscard]] std::vector<TranscriptMessage> make() &&
+    {
+        if (jsonStringIs(m_line.type, "user"))
+            makeOfUser();
+        else
+            makeOfAssistant();
+        return std::move(m_messages);
+    }
+
+private:
+    static bool isWrittenByPerson(const TranscriptLine &line) { return !line.isMeta && !line.isCompactSummary; }
+
+    void makeOfUser()
+    {
+        QString text = extractText(*m_line.message);
+        if (const auto command = extractTag(u"command-name", text)) {
+            add(baseID(), TranscriptMessage::Role::toolUse).toolName = *command;
+            return;
+        }
+        if (text.contains(u"<local-command-stdout>"))
+            return;
+        text = sanitise(std::move(text));
+        const QStringView trimmed = trimmedWhitespace(text);
+        if (!trimmed.isEmpty())
+            add(baseID(), TranscriptMessage::Role::user).text = trimmed.toString();
+    }
+
+    void makeOfAssistant()
+    {
+        for (const TranscriptBlock &block : blocksOf(*m_line.message)) {
+            if (jsonStringIs(block.type, "text") && block.text)
+                m_pending.append(decoded(*block.text));
+            else if (jsonStringIs(block.type, "tool_use"))
+                addToolUse(block);
+        }
+        flush();
+    }
+
+    void addToolUse(const TranscriptBlock &block)
+    {
+        flush();
+        QString id = block.id ? decoded(*block.id) : baseID() + u"-tool-" + QString::number(count());
+        TranscriptMessage &message = add(std::move(id), TranscriptMessage::Role::toolUse);
+        message.toolName = block.name ? decoded(*block.name) : QStringLiteral("Tool");
+        message.toolSummary = toolSummary(*message.toolName, block.input);
+    }
+
+    void flush()
+    {
+        const QString joined = m_pending.join(u'\n');
+        m_pending.clear();
+        const QStringView trimmed = trimmedWhitespace(joined);
+        if (!trimmed.isEmpty())
+            add(baseID() + u"-text-" + QString::number(count()), TranscriptMessage::Role::assistant).text =
+                trimmed.toString();
+    }
+
+    /// The line's identifier. One that has none gets its own, made of its place and its bytes, which stay.
+    const QString &baseID()
+    {
+        if (!m_baseID && m_line.uuid)
+            m_baseID = decoded(*m_line.uuid);
+        if (!m_baseID) {
+            static const QUuid transcriptLines(QStringLiteral("6f5c1b0e-58a4-4d0f-9a43-8d3f1d6a7c21"));
+            QByteArray name = QByteArray::number(static_cast<qulonglong>(m_source.offset)) + '\n';
+            name.append(m_source.text.data(), static_cast<qsizetype>(m_source.text.size()));
+            m_baseID = QUuid::createUuidV5(transcriptLines, name).toString(QUuid::WithoutBraces);
+        }
+        return *m_baseID;
+    }
+
+    [[nodiscard]] std::int64_t count() const { return m_before + static_cast<std::int64_t>(m_messages.size()); }
+
+    TranscriptMessage &add(QString id, TranscriptMessage::Role role)
+    {
+        return m_messages.emplace_back(TranscriptMessage { std::move(id), role, {}, m_timestamp, {}, {} });
+    }
+
+    const TranscriptLine &m_line;
+    const TranscriptLines::Line &m_source;
+    std::int64_t m_before;
+    std::optional<Date> m_timestamp;
+    std::optional<QString> m_baseID;
+    QStringList m_pending;
+    std::vector<TranscriptMessage> m_messages;
+};
+
+} // namespace
+
+TranscriptMessageReader::TranscriptMessageReader(QString path, qsizetype limit)
+    : m_path(std::move(path))
+    , m_limit(static_cast<std::size_t>(std::max<qsizetype>(limit, 0)))
+{}
+
+std::vector<TranscriptMessage> TranscriptMessageReader::read()
+{
+    const auto file = m_limit > 0 ? TranscriptFile::open(m_path) : std::nullopt;
+    if (!file) {
+        m_progress.reset();
+        return {};
+    }
+    const TranscriptFile::State state = file->state();
+    if (!m_progress || m_progress->state != state) {
+        if (!m_progress || !goesOn(*m_progress, *file, state))
+            m_progress.emplace();
+        m_progress->state = state;
+        if (!readOn(*m_progress, *file))
+            m_progress.reset();
+    }
+    return m_progress ? result() : std::vector<TranscriptMessage>();
+}
+
+bool TranscriptMessageReader::goesOn(const Progress &progress, const TranscriptFile &file,
+                                     const TranscriptFile::State &state)
+{
+    return progress.state.isSameFile(state) && state.size > progress.state.size && state.size >= progress.end &&
+           file.read(0, progress.front.size()) == progress.front &&
+           file.read(progress.end - progress.back.size(), progress.back.size()) == progress.back;
+}
+
+bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &file) const
+{
+    progress.unfinished.clear();
+    TranscriptLines lines(file, progress.end);
+    TranscriptLineReader reader;
+    while (const auto line = lines.next()) {
+        const auto content = reader.read(line->text);
+        if (!content || !LineMessages::areIn(*content) || !reader.isSound())
+            continue;
+        std::vector<TranscriptMessage> messages = LineMessages(*content, *line, progress.count).make();
+        if (!line->isTerminated) {
+            progress.unfinished = std::move(messages);
+            break;
+        }
+        progress.count += static_cast<std::int64_t>(messages.size());
+        std::ranges::move(messages, std::back_inserter(progress.messages));
+        while (progress.messages.size() > m_limit)
+            progress.messages.pop_front();
+    }
+    progress.end = lines.endOfTerminated();
+    const std::size_t length = std::min<std::uint64_t>(progress.end, comparedLength);
+    progress.front = file.read(0, length).value_or(std::string());
+    progress.back = file.read(progress.end - length, length).value_or(std::string());
+    return !lines.hasFailed();
+}
+
+std::vector<TranscriptMessage> TranscriptMessageReader::result() const
+{
+    std::vector<TranscriptMessage> messages(m_progress->messages.begin(), m_progress->messages.end());
+    messages.insert(messages.end(), m_progress->unfinished.begin(), m_progress->unfinished.end());
+    if (messages.size() > m_limit)
+        messages.erase(messages.begin(), messages.end() - static_cast<std::ptrdiff_t>(m_limit));
+    return messages;
+}
+
+std::vector<TranscriptMessage> parseMessages(const QString &path, qsizetype limit)
+{
+    return TranscriptMessageReader(path, limit).read();
+}
+
+} // namespace vantry

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "transcripts/TranscriptFile.h"
+#include "transcripts/TranscriptMessage.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace vantry {
+
+/// Reads the last messages of a transcript, and remembers how far it has read: read again, a transcript that has grown
+/// costs what was added. Any thread, one at a time; the caller waits for the disk.
+class TranscriptMessageReader
+{
+public:
+    /// `limit` is how many messages are given at most; below 1 none are.
+    TranscriptMessageReader(QString path, qsizetype limit);
+
+    /// The transcript's last messages as it is now, in its order. Empty when it can't be read or isn't UTF-8.
+    [[nodiscard]] std::vector<TranscriptMessage> read();
+
+private:
+    /// How far a file has been read, and what came out.
+    struct Progress
+    {
+        TranscriptFile::State state;               ///< Of the file when it was read last.
+        std::string front;                         ///< A piece at the file's front.
+        std::string back;                          ///< A piece that ends at `end`.
+        std::uint64_t end { 0 };                   ///< Behind the last line feed.
+        std::int64_t count { 0 };                  ///< Messages up to `end`.
+        std::deque<TranscriptMessage> messages;    ///< The last ones up to `end`.
+        std::vector<TranscriptMessage> unfinished; ///< From the piece behind `end`.
+    };
+
+    /// Whether the file still begins with all that has been read of it.
+    [[nodiscard]] static bool goesOn(const Progress &progress, const TranscriptFile &file,
+                                     const TranscriptFile::State &state);
+    /// Takes what stands behind what has been read. False when the file can't be read or isn't UTF-8.
+    bool readOn(Progress &progress, const TranscriptFile &file) const;
+    [[nodiscard]] std::vector<TranscriptMessage> result() const;
+
+    QString m_path;
+    std::size_t m_limit;
+    std::optional<Progress> m_progress;
+};
+
+/// The last `limit` messages of the transcript at the path, once.
+[[nodiscard]] std::vector<TranscriptMessage> parseMessages(const QString &path, qsizetype limit);
+
+} // namespace vantry
