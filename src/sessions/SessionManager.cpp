@@ -1,5 +1,7 @@
 #include "sessions/SessionManager.h"
 
+#include "base/Text.h"
+
 #include <QDir>
 #include <QHash>
 #include <QPointer>
@@ -22,13 +24,6 @@ constexpr std::int64_t rowsKept = 1000;
 bool isEmpty(const std::optional<QString> &text)
 {
     return !text || text->isEmpty();
-}
-
-QString lastPathComponent(QStringView path)
-{
-    while (path.size() > 1 && path.endsWith(u'/'))
-        path.chop(1);
-    return path.size() == 1 ? path.toString() : path.sliced(path.lastIndexOf(u'/') + 1).toString();
 }
 
 QString standardisedPath(const QString &path)
@@ -282,6 +277,14 @@ void SessionManager::publish()
 void SessionManager::answered(const SessionPtr &session, SessionState next)
 {
     m_overlay.afterAnswer(*session, next).writeTo(*session);
+    session->setLastUpdated(m_clock.now());
+    saveSession(session);
+    publish();
+}
+
+void SessionManager::turnEnded(const SessionPtr &session)
+{
+    session->setState(SessionState::ready);
     session->setLastUpdated(m_clock.now());
     saveSession(session);
     publish();

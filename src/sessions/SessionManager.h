@@ -52,6 +52,9 @@ public:
     /// After the user's answer to a permission request: the session goes to the state `next` (`working`, or `ready`
     /// when the agent was stopped) and its tool is cleared; with another request held it waits again, for that one.
     void answered(const SessionPtr &session, SessionState next);
+    /// The transcript shows that the turn of a session in `working` is over, of which no event has told: it goes to
+    /// `ready`.
+    void turnEnded(const SessionPtr &session);
     /// After requests of the session have come or ended: shows the one that is first now.
     void heldRequestsChanged(const QString &sessionID);
 

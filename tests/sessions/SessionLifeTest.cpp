@@ -401,5 +401,22 @@ TEST_F(SessionLife, managerMayGoWhileADiffIsSampled)
     EXPECT_EQ(session->gitLinesAdded(), 0);
 }
 
+TEST_F(SessionLife, turnThatTheTranscriptEndsIsSavedAndPublished)
+{
+    const SessionPtr session = sessionIn(State::working);
+    session->setToolName(QStringLiteral("Bash"));
+    clock.advance(Seconds { 30 });
+
+    manager.turnEnded(session);
+
+    EXPECT_EQ(session->state(), State::ready);
+    EXPECT_EQ(session->lastUpdated(), clock.now());
+    EXPECT_EQ(session->toolName(), QStringLiteral("Bash"));
+    EXPECT_TRUE(session->isAlive());
+    EXPECT_EQ(store.journal, (QStringList { QStringLiteral("save s"), QStringLiteral("publish") }));
+    EXPECT_EQ(store.rows[QStringLiteral("s")].state, State::ready);
+    EXPECT_EQ(attentionCalls(), 0);
+}
+
 } // namespace
 } // namespace vantry
