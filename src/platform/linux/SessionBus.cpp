@@ -3,6 +3,8 @@
 #include <QDBusMessage>
 #include <QFileInfo>
 
+#include <atomic>
+
 namespace vantry {
 
 using namespace Qt::StringLiterals;
@@ -21,7 +23,7 @@ QString sessionBusAddress()
 
 static QString uniqueConnectionName()
 {
-    static int counter = 0;
+    static std::atomic<int> counter = 0;
     return u"vantry-%1"_s.arg(++counter);
 }
 

@@ -21,7 +21,7 @@ inline constexpr auto quitAction = "quit";
 /// ever started: a bus that nobody else is on serves nobody.
 [[nodiscard]] QString sessionBusAddress();
 
-/// One connection to a bus, closed with this object. Main thread only.
+/// One connection to a bus, closed with this object. Any thread, one at a time.
 class BusConnection
 {
 public:
