@@ -8,7 +8,7 @@
 namespace vantry {
 
 /// The machine's processes. Identifiers are 64-bit, as they come from outside; one below 1 or beyond 32 bits is no
-/// process. Calls are quick system calls. Main thread only.
+/// process. Calls are quick system calls, on any thread.
 class ProcessTable
 {
 public:

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace vantry::test {
 
 using namespace Qt::StringLiterals;
@@ -106,13 +108,14 @@ void Desktop::startBus()
 
 void Desktop::startWindowManager()
 {
-    m_windowManager = std::make_unique<ChildProcess>(u"openbox"_s, QStringList { u"--sm-disable"_s }, m_environment);
+    // Its properties are there before it is ready: a window that comes in between doesn't get the focus.
+    const QString ready = path(u"window-manager-is-ready"_s);
+    m_windowManager = std::make_unique<ChildProcess>(
+        u"openbox"_s, QStringList { u"--sm-disable"_s, u"--startup"_s, u"touch "_s + ready }, m_environment);
     m_windowManager->setStandardOutputFile(QProcess::nullDevice());
     m_windowManager->setStandardErrorFile(QProcess::nullDevice());
     m_windowManager->begin();
-    EXPECT_TRUE(eventually([this] {
-        return outputOf(u"xprop"_s, { u"-root"_s, u"_NET_SUPPORTING_WM_CHECK"_s }).contains(u"window id"_s);
-    })) << "openbox did not start";
+    EXPECT_TRUE(eventually([&] { return QFile::exists(ready); })) << "openbox did not start";
 }
 
 void Desktop::setEnvironment()
@@ -172,10 +175,9 @@ QList<quint64> Desktop::windowsOfClass(const QString &windowClass) const
         outputOf(u"xdotool"_s, { u"search"_s, u"--class"_s, pattern }).split(u'\n', Qt::SkipEmptyParts);
     QList<quint64> windows;
     for (const QString &line : lines) {
-        const quint64 window = line.toULongLong();
         // The search takes the first word of WM_CLASS, too.
         if (outputOf(u"xprop"_s, { u"-id"_s, line, u"WM_CLASS"_s }).endsWith(u'"' + windowClass + u'"'))
-            windows.append(window);
+            windows.append(line.toULongLong());
     }
     return windows;
 }
@@ -186,12 +188,18 @@ quint64 Desktop::waitForWindow(const QString &windowClass) const
     const bool isThere = eventually(
         [&] {
             const QList<quint64> windows = windowsOfClass(windowClass);
-            window = windows.isEmpty() ? 0 : windows.first();
+            const auto shown = std::ranges::find_if(windows, [this](quint64 candidate) { return isShown(candidate); });
+            window = shown == windows.end() ? 0 : *shown;
             return window != 0;
         },
         std::chrono::seconds(60));
     EXPECT_TRUE(isThere) << "no window of the class " << windowClass.toStdString();
     return window;
+}
+
+bool Desktop::isShown(quint64 window) const
+{
+    return outputOf(u"xwininfo"_s, { u"-id"_s, QString::number(window) }).contains(u"IsViewable"_s);
 }
 
 bool Desktop::waitUntilActive(quint64 window) const

@@ -52,7 +52,9 @@ public:
     [[nodiscard]] quint64 activeWindow() const;
     /// The windows with this class (the second word of WM_CLASS), whatever their state.
     [[nodiscard]] QList<quint64> windowsOfClass(const QString &windowClass) const;
-    /// Waits until there is such a window, and gives the first one; 0 when none comes.
+    /// Whether it is on the screen, or under other windows there.
+    [[nodiscard]] bool isShown(quint64 window) const;
+    /// Waits until such a window is shown, and gives it; 0 when none comes.
     [[nodiscard]] quint64 waitForWindow(const QString &windowClass) const;
     [[nodiscard]] bool waitUntilActive(quint64 window) const;
 
