@@ -181,6 +181,11 @@ std::optional<KonsoleRemote::MainWindow> KonsoleRemote::mainWindowOf(const Windo
     return candidates.size() == 1 ? std::optional(candidates.front()) : std::nullopt;
 }
 
+int KonsoleRemote::currentSession(const Window &window)
+{
+    return call(window.path, windowInterface, u"currentSession"_s).toInt();
+}
+
 void KonsoleRemote::setCurrentSession(const Window &window, int session)
 {
     call(window.path, windowInterface, u"setCurrentSession"_s, { session });

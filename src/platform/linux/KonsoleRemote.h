@@ -68,6 +68,7 @@ public:
     [[nodiscard]] std::vector<MainWindow> mainWindows();
     /// Where the window is on the desktop; nothing when it can't be told.
     [[nodiscard]] std::optional<MainWindow> mainWindowOf(const Window &window);
+    [[nodiscard]] int currentSession(const Window &window);
     void setCurrentSession(const Window &window, int session);
     /// Opens a tab, which becomes the current one, and gives its session.
     [[nodiscard]] int newSession(const Window &window, const QString &directory);
