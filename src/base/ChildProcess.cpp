@@ -44,6 +44,14 @@ std::optional<Pipe> makePipe(int flags)
     return pipe;
 }
 
+/// Swallows what is written; above the standard descriptors, too.
+FileDescriptor openSink()
+{
+    FileDescriptor sink(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    return sink.get() > STDERR_FILENO ? std::move(sink)
+                                      : FileDescriptor(fcntl(sink.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
 std::vector<char *> pointersTo(const std::vector<std::string> &texts)
 {
     std::vector<char *> pointers;
@@ -76,6 +84,28 @@ struct Start
     bool setsOpenFiles;
     sigset_t noSignals;
 };
+
+/// The two lists are those of the plan, and live as long as the result.
+Start makeStart(const ChildProcess::Plan &plan, const std::vector<char *> &arguments,
+                const std::vector<char *> &environment, int output, int errors, int failure)
+{
+    Start start { plan.executable.c_str(),
+                  arguments.data(),
+                  environment.data(),
+                  plan.workingDirectory.c_str(),
+                  output,
+                  errors,
+                  failure,
+                  {},
+                  false,
+                  {} };
+    sigemptyset(&start.noSignals);
+    if (const rlim_t original = originalSoftLimit; original != 0 && getrlimit(RLIMIT_NOFILE, &start.openFiles) == 0) {
+        start.openFiles.rlim_cur = std::min(original, start.openFiles.rlim_max);
+        start.setsOpenFiles = true;
+    }
+    return start;
+}
 
 void resetSignals(const Start &start)
 {
@@ -126,6 +156,59 @@ pid_t launch(const Start &start)
     return process;
 }
 
+/// The errno that the child has written, zero once it has become the program.
+int failureFrom(Pipe &failure)
+{
+    failure.writing.reset();
+    int error = 0;
+    ssize_t got = 0;
+    do
+        got = read(failure.reading.get(), &error, sizeof error);
+    while (got < 0 && errno == EINTR);
+    return got > 0 ? error : 0;
+}
+
+int exitStatusIn(int waitStatus)
+{
+    return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : -1;
+}
+
+/// What the process between us and the program does: starts it, watches it for a while, reports its end, and ends
+/// itself, upon which the program is nobody's child. It is a copy of us with one thread, and may call nothing but plain
+/// system calls.
+[[noreturn]] void startAndWatch(const Start &start, int report, milliseconds watched)
+{
+    const pid_t process = launch(start);
+    if (process < 0) {
+        const int error = errno;
+        static_cast<void>(!write(start.failure, &error, sizeof error));
+        _exit(1);
+    }
+    // Nothing of ours stays open meanwhile, nor `failure`, whose end tells that the program has begun.
+    const auto kept = static_cast<unsigned>(report);
+    close_range(0, kept - 1, 0);
+    close_range(kept + 1, ~0U, 0);
+    pollfd end { static_cast<int>(syscall(SYS_pidfd_open, process, 0)), POLLIN, 0 };
+    poll(&end, 1, static_cast<int>(watched.count()));
+    int status = 0;
+    if (waitpid(process, &status, WNOHANG) == process)
+        static_cast<void>(!write(report, &status, sizeof status));
+    _exit(0);
+}
+
+/// fork() with all signals blocked in the child: a handler there would write to what we share.
+pid_t forkBlocked()
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const pid_t process = fork();
+    if (process != 0)
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return process;
+}
+
 /// Where our parent ignored SIGCHLD, the kernel would throw the exit status of our children away.
 void keepExitStatus()
 {
@@ -164,33 +247,14 @@ std::optional<ChildProcess> ChildProcess::start(const Plan &plan)
 
     const std::vector<char *> arguments = pointersTo(plan.arguments);
     const std::vector<char *> environment = pointersTo(plan.environment);
-    Start start { plan.executable.c_str(),
-                  arguments.data(),
-                  environment.data(),
-                  plan.workingDirectory.c_str(),
-                  output->writing.get(),
-                  errors->writing.get(),
-                  failure->writing.get(),
-                  {},
-                  false,
-                  {} };
-    sigemptyset(&start.noSignals);
-    if (const rlim_t original = originalSoftLimit; original != 0 && getrlimit(RLIMIT_NOFILE, &start.openFiles) == 0) {
-        start.openFiles.rlim_cur = std::min(original, start.openFiles.rlim_max);
-        start.setsOpenFiles = true;
-    }
+    const Start start =
+        makeStart(plan, arguments, environment, output->writing.get(), errors->writing.get(), failure->writing.get());
 
     ChildProcess child;
     child.m_process = launch(start);
     if (child.m_process < 0)
         return std::nullopt;
-    failure->writing.reset();
-    int error = 0;
-    ssize_t got = 0;
-    do
-        got = read(failure->reading.get(), &error, sizeof error);
-    while (got < 0 && errno == EINTR);
-    if (got > 0) {
+    if (failureFrom(*failure) != 0) {
         waitpid(child.m_process, nullptr, 0);
         return std::nullopt;
     }
@@ -198,6 +262,39 @@ std::optional<ChildProcess> ChildProcess::start(const Plan &plan)
     child.m_output = std::move(output->reading);
     child.m_errors = std::move(errors->reading);
     return child;
+}
+
+std::optional<ChildProcess::Beginning> ChildProcess::startDetached(const Plan &plan, milliseconds watched)
+{
+    if (holdsNul(plan))
+        return std::nullopt;
+    keepExitStatus();
+    const FileDescriptor sink = openSink();
+    auto failure = makePipe(0);
+    auto report = makePipe(0);
+    if (!sink || !failure || !report)
+        return std::nullopt;
+
+    const std::vector<char *> arguments = pointersTo(plan.arguments);
+    const std::vector<char *> environment = pointersTo(plan.environment);
+    const Start start = makeStart(plan, arguments, environment, sink.get(), sink.get(), failure->writing.get());
+    const pid_t between = forkBlocked();
+    if (between < 0)
+        return std::nullopt;
+    if (between == 0)
+        startAndWatch(start, report->writing.get(), watched);
+
+    const bool hasFailed = failureFrom(*failure) != 0;
+    report->writing.reset();
+    int status = 0;
+    ssize_t got = 0;
+    do
+        got = read(report->reading.get(), &status, sizeof status);
+    while (got < 0 && errno == EINTR);
+    waitpid(between, nullptr, 0);
+    if (hasFailed)
+        return std::nullopt;
+    return Beginning { got == sizeof status ? std::optional(exitStatusIn(status)) : std::nullopt };
 }
 
 pollfd ChildProcess::watchEnd() const
@@ -216,8 +313,7 @@ bool ChildProcess::hasEnded()
     if (m_hasEnded || waitpid(m_process, &status, WNOHANG) == 0)
         return m_hasEnded;
     m_hasEnded = true;
-    if (WIFEXITED(status))
-        m_exitStatus = WEXITSTATUS(status);
+    m_exitStatus = exitStatusIn(status);
     return true;
 }
 

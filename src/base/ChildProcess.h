@@ -28,6 +28,16 @@ public:
 
     /// Nothing when it can't be started: no such program or directory, a NUL in a text, no memory, no descriptor.
     [[nodiscard]] static std::optional<ChildProcess> start(const Plan &plan);
+
+    /// How one that was let go has done so far.
+    struct Beginning
+    {
+        std::optional<int> exitStatus; ///< Nothing while it runs; -1 when a signal ended it.
+    };
+    /// Starts one that is not our child, and whose outputs go nowhere, and watches it for a while. Nothing when it
+    /// can't be started.
+    [[nodiscard]] static std::optional<Beginning> startDetached(const Plan &plan, std::chrono::milliseconds watched);
+
     ChildProcess(ChildProcess &&) = default;
     ChildProcess &operator=(ChildProcess &&) = default;
 

@@ -117,7 +117,7 @@ bool readUntilEnd(ChildProcess &child, Output &output, Output &errors, milliseco
 
 } // namespace
 
-Subprocess::Result Subprocess::run() const
+ChildProcess::Plan Subprocess::plan() const
 {
     ChildProcess::Plan plan;
     plan.executable = QFile::encodeName(executable).toStdString();
@@ -126,9 +126,13 @@ Subprocess::Result Subprocess::run() const
         plan.arguments.push_back(QFile::encodeName(argument).toStdString());
     plan.environment = environmentFor(*this);
     plan.workingDirectory = QFile::encodeName(workingDirectory).toStdString();
+    return plan;
+}
 
+Subprocess::Result Subprocess::run() const
+{
     Result result;
-    auto child = ChildProcess::start(plan);
+    auto child = ChildProcess::start(plan());
     if (!child)
         return result;
     result.started = true;
@@ -142,6 +146,12 @@ Subprocess::Result Subprocess::run() const
     result.standardOutput = std::move(output.bytes);
     result.standardError = std::move(errors.bytes);
     return result;
+}
+
+Subprocess::Launch Subprocess::startDetached() const
+{
+    const auto end = ChildProcess::startDetached(plan(), timeout);
+    return end ? Launch { true, end->exitStatus } : Launch {};
 }
 
 } // namespace vantry

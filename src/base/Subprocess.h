@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/ChildProcess.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -34,6 +36,20 @@ struct Subprocess
     /// Runs it and waits. Any thread; the caller blocks. The child is killed at once when the thread's work is
     /// cancelled (see Cancellation).
     [[nodiscard]] Result run() const;
+
+    /// How a program that was let go has begun.
+    struct Launch
+    {
+        bool started { false };
+        std::optional<int> exitStatus {}; ///< Of one that has ended already; -1 when a signal ended it.
+    };
+
+    /// Starts it and lets it go: it is nobody's child, what it writes is dropped, it outlives this program. Watches how
+    /// it goes for `timeout`, and doesn't end it then. Any thread; the caller blocks.
+    [[nodiscard]] Launch startDetached() const;
+
+private:
+    [[nodiscard]] ChildProcess::Plan plan() const;
 };
 
 /// Raises the soft limit of open files to the hard one, once at start; children get the original back.
