@@ -115,7 +115,7 @@ TEST_F(TranscriptTailTest, doesNotGoBackFartherThanItMay)
 TEST_F(TranscriptTailTest, isTheSameAsToldStepByStep)
 {
     std::mt19937 random(7);
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 100; ++round) {
         std::string text;
         const std::size_t lines = random() % 12;
         for (std::size_t index = 0; index < lines; ++index) {
