@@ -78,13 +78,14 @@ TranscriptLines::TranscriptLines(const TranscriptFile &file, std::uint64_t offse
 std::optional<TranscriptLines::Line> TranscriptLines::next()
 {
     while (!m_hasFailed && !m_isAtEnd) {
-        const char *const from = m_buffer.get() + m_scanned;
-        const std::size_t unseen = m_filled - m_scanned;
-        if (const void *feed = unseen > 0 ? std::memchr(from, '\n', unseen) : nullptr)
-            return take(static_cast<std::size_t>(static_cast<const char *>(feed) - m_buffer.get()) - m_begin, true);
-        m_scanned = m_filled;
-        if (m_filled - m_begin > maximumLineLength)
+        const std::string_view unseen(m_buffer.get() + m_scanned, m_filled - m_scanned);
+        const std::size_t feed = unseen.find('\n');
+        const std::size_t length = m_scanned + std::min(feed, unseen.size()) - m_begin;
+        m_scanned = m_begin + length;
+        if (length > maximumLineLength)
             passOverLongLine();
+        else if (feed != std::string_view::npos)
+            return take(length, true);
         else if (!fill())
             break;
     }
