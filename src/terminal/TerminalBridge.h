@@ -2,20 +2,23 @@
 
 #include "sessions/AgentPermissionMode.h"
 #include "sessions/VantrySession.h"
+#include "terminal/TerminalCompletions.h"
+#include "terminal/TerminalLanes.h"
+#include "terminal/TypingRules.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <variant>
 #include <vector>
 
 namespace vantry {
 
+class AgentLauncher;
 class Applications;
 class Log;
-class MainQueue;
-class Scheduler;
 class ScriptHost;
-class TerminalDriver;
+class ScriptRunner;
 
 /// The one place that reaches into the terminals that host agents: brings them forward, types into them, opens and
 /// closes them. What it knows of a terminal is what the session's hook reported. Operations return at once; what they
@@ -42,7 +45,7 @@ public:
 
     /// How an operation ended: nothing when it was done as asked for, else one line for a person. Called once, on the
     /// main thread, never from within the operation; not called after the bridge has gone.
-    using Completion = std::function<void(const std::optional<QString> &failure)>;
+    using Completion = TerminalCompletion;
 
     struct Ports
     {
@@ -67,8 +70,10 @@ public:
     /// Brings the session's terminal to the front.
     void focusTerminal(const VantrySession &session, Completion completion = {});
 
-    /// Types a line and submits it. Line breaks are removed. Where that can't be done, or would answer an open dialog
-    /// by accident, the terminal is brought forward instead, and the completion is given the reason.
+    /// Types a line and submits it, also as the free answer to one question with a single choice. Line breaks are
+    /// removed, and for a driver's terminal other control characters, too, which would be keys there. Where it can't be
+    /// typed, or would answer an open dialog by accident, the terminal is brought forward instead, and the completion
+    /// is given the reason.
     void sendText(const VantrySession &session, const QString &text, Completion completion = {});
     /// Submits what stands in the terminal: approves an open permission prompt.
     void pressReturn(const VantrySession &session, Completion completion = {});
@@ -95,8 +100,37 @@ public:
     [[nodiscard]] QString preferredTerminal() const;
 
 private:
-    Ports m_ports;
+    /// What may be typed into a session now, by TypingRules.
+    using Decide = std::function<TypingRules::Decision(const VantrySession &)>;
+
+    [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target) const;
+    [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target,
+                                            bool TerminalDriver::Abilities::*ability) const;
+    void drive(const TerminalDriver &driver, const QString &task, const TerminalTarget &target,
+               TerminalLanes::Steps steps, Completion completion);
+
+    void focusITerm2(const QString &sessionID, Completion completion);
+    void focusKitty(const QString &sessionID, Completion completion);
+    void focusBundle(const QString &bundleIdentifier, Completion completion);
+    void focusByName(const QString &type, Completion completion);
+    /// Brings the terminal forward and gives the reason why nothing else was done.
+    void focusInstead(const VantrySession &session, const QString &reason, Completion completion);
+    void refuse(const VantrySession &session, const QString &operation, const QString &reason, Completion completion);
+    void fallBack(const VantrySession &session, const QString &operation, Completion completion);
+
+    [[nodiscard]] QString reasonAgainstTyping(const VantrySession &session) const;
+    void enter(const VantrySession &session, const QString &operation, const Decide &decide, Completion completion);
+    void type(const VantrySession &session, const TypingRules::Keystrokes &keys, const Decide &decide,
+              Completion completion);
+
+    void log(const QString &message) const;
+
+    const Ports m_ports;
     const QString m_pythonPath;
+    const std::shared_ptr<TerminalCompletions> m_completions;
+    const std::unique_ptr<ScriptRunner> m_scripts;
+    const std::unique_ptr<AgentLauncher> m_launcher;
+    TerminalLanes m_lanes; ///< Last: its end waits for the calls that are under way.
 };
 
 } // namespace vantry
