@@ -6,6 +6,7 @@
 
 namespace vantry {
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace std::string_view_literals;
 
@@ -13,8 +14,9 @@ AppDelegate::AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort)
     : m_paths(std::move(paths))
     , m_ports(ports)
     , m_httpServer(ports.mainQueue, ports.scheduler, m_log.general(), ports.peers, hookPort)
-    , m_control({ ports.clock, m_httpServer, m_sessionManager, m_pendingPermissions, m_sessionActions, m_sessionChanges,
-                  ports.controlEndpoint },
+    , m_terminalBridge(terminalPorts(), m_defaults.string(u"python_path"_s, u"/usr/bin/python3"_s))
+    , m_control({ ports.clock, m_httpServer, m_sessionManager, m_pendingPermissions, m_sessionActions, m_terminalBridge,
+                  m_sessionChanges, ports.controlEndpoint },
                 m_paths.home)
 {
     m_control.onQuit = [this] { quitApp(); };
@@ -35,6 +37,7 @@ void AppDelegate::applicationDidFinishLaunching()
     connectHookIntake();
     connectHeldPermissions();
     startHttpServer();
+    startTranscriptReader();
     startTimers();
 }
 
@@ -42,6 +45,7 @@ void AppDelegate::applicationWillTerminate()
 {
     m_httpServer.stop();
     m_pendingPermissions.cleanup();
+    m_transcriptReader.reset();
     closeStore();
     m_livenessTimer.cancel();
     m_cleanupTimer.cancel();
@@ -80,6 +84,13 @@ void AppDelegate::startHttpServer()
     }
 }
 
+void AppDelegate::startTranscriptReader()
+{
+    m_transcriptReader.emplace(m_paths.home, m_ports.scheduler, m_ports.clock, m_log.general());
+    m_transcriptReader->sessionManager = &m_sessionManager;
+    m_transcriptReader->start(15s);
+}
+
 void AppDelegate::startTimers()
 {
     m_livenessTimer = m_ports.scheduler.every(10s, [this] { m_sessionManager.checkLiveness(); });
@@ -100,6 +111,17 @@ void AppDelegate::fanOut(const HookEvent &event)
         m_pendingPermissions.dismissAll(event.sessionID);
     else if (event.isInterrupt.value_or(false) && waitedForPermission)
         m_pendingPermissions.dismissAll(event.sessionID, event.agentId);
+}
+
+TerminalBridge::Ports AppDelegate::terminalPorts()
+{
+    return { .mainQueue = m_ports.mainQueue,
+             .scheduler = m_ports.scheduler,
+             .log = m_log.general(),
+             .scripts = m_ports.scripts,
+             .applications = m_ports.applications,
+             .drivers = m_ports.terminals,
+             .liveSessions = [this] { return m_sessionManager.sessions(); } };
 }
 
 void AppDelegate::closeStore()

@@ -4,22 +4,31 @@
 #include "app/control/ControlService.h"
 #include "base/Clock.h"
 #include "base/DebugLog.h"
+#include "base/Defaults.h"
 #include "base/MainQueue.h"
 #include "base/Paths.h"
 #include "base/Scheduler.h"
 #include "base/WorkerPool.h"
 #include "hooks/HTTPHookServer.h"
+#include "platform/Applications.h"
 #include "platform/ControlEndpoint.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
+#include "platform/ScriptHost.h"
+#include "platform/TerminalDriver.h"
 #include "sessions/GitFacts.h"
 #include "sessions/LiveProcessChecker.h"
 #include "sessions/PendingPermissionStore.h"
 #include "sessions/SessionChanges.h"
 #include "sessions/SessionManager.h"
 #include "sessions/SessionStore.h"
+#include "terminal/TerminalBridge.h"
+#include "transcripts/TranscriptReader.h"
 
 #include <QObject>
+
+#include <optional>
+#include <vector>
 
 namespace vantry {
 
@@ -39,6 +48,10 @@ public:
         ProcessTable &processes;
         PeerIdentity &peers;
         ControlEndpoint &controlEndpoint;
+        Applications &applications;
+        ScriptHost &scripts;
+        /// In the order in which they are asked.
+        std::vector<TerminalDriver *> terminals {};
     };
 
     AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort = HTTPHookServer::defaultPort);
@@ -60,13 +73,16 @@ private:
     void connectHookIntake();
     void connectHeldPermissions();
     void startHttpServer();
+    void startTranscriptReader();
     void startTimers();
     void fanOut(const HookEvent &event);
     void closeStore();
+    [[nodiscard]] TerminalBridge::Ports terminalPorts();
 
     const Paths m_paths;
     const Ports m_ports;
     DebugLog m_log { m_paths.debugLog(), m_ports.clock };
+    Defaults m_defaults { m_paths.configFile, m_ports.mainQueue, m_log.general() };
     WorkerPool m_workers;
     HTTPHookServer m_httpServer;
     PendingPermissionStore m_pendingPermissions { m_ports.clock, m_ports.scheduler, m_log.general() };
@@ -75,7 +91,10 @@ private:
     GitFacts m_gitFacts { m_ports.mainQueue, m_workers };
     SessionManager m_sessionManager { m_store,       m_processChecker, m_gitFacts, m_pendingPermissions,
                                       m_ports.clock, m_log.general() };
-    SessionActions m_sessionActions { m_sessionManager, m_pendingPermissions };
+    TerminalBridge m_terminalBridge;
+    SessionActions m_sessionActions { { m_sessionManager, m_pendingPermissions, m_terminalBridge, m_ports.scheduler,
+                                        m_log.general() } };
+    std::optional<TranscriptReader> m_transcriptReader;
     SessionChanges m_sessionChanges { m_sessionManager, m_ports.mainQueue };
     ControlService m_control;
     ScheduledTimer m_livenessTimer;

@@ -16,8 +16,8 @@ using Parsed = std::variant<Command, UsageError>;
 /// What a command takes, and how it is made from that.
 struct Grammar
 {
-    enum Option { NoOptions = 0, Json = 1, Limit = 2, Stop = 4 };
-    enum class Operands { None, SessionID, Words };
+    enum Option { NoOptions = 0, Json = 1, Limit = 2, Stop = 4, LaunchOptions = 8 };
+    enum class Operands { None, SessionID, SessionAndIndex, SessionAndText, Path, Source, Words };
 
     int options { NoOptions };
     Operands operands { Operands::None };
@@ -28,8 +28,12 @@ struct Pieces
 {
     QStringList operands;
     OutputForm form { OutputForm::Text };
+    int index { 0 };
     int limit { 20 };
     bool stop { false };
+    command::Launch::Mode launchMode { command::Launch::Mode::Fresh };
+    QString resumedID;
+    AgentPermissionMode permissionMode { AgentPermissionMode::askPermissions };
 };
 
 using Make = std::function<Command(const Pieces &)>;
@@ -58,6 +62,24 @@ const QHash<QString, Entry> &commands()
         { u"always-allow"_s,
           { { G::NoOptions, G::Operands::SessionID },
             [](const Pieces &p) { return command::AlwaysAllow { p.operands.first() }; } } },
+        { u"answer"_s,
+          { { G::NoOptions, G::Operands::SessionAndIndex },
+            [](const Pieces &p) {
+                return command::Answer { p.operands.first(), p.index };
+            } } },
+        { u"send"_s,
+          { { G::NoOptions, G::Operands::SessionAndText },
+            [](const Pieces &p) {
+                return command::Send { p.operands.first(), p.operands.sliced(1).join(u' ') };
+            } } },
+        { u"focus"_s,
+          { { G::NoOptions, G::Operands::SessionID },
+            [](const Pieces &p) { return command::Focus { p.operands.first() }; } } },
+        { u"launch"_s,
+          { { G::LaunchOptions, G::Operands::Path },
+            [](const Pieces &p) {
+                return command::Launch { p.operands.first(), p.launchMode, p.resumedID, p.permissionMode };
+            } } },
         { u"kill"_s,
           { { G::NoOptions, G::Operands::SessionID },
             [](const Pieces &p) { return command::Kill { p.operands.first() }; } } },
@@ -70,6 +92,16 @@ const QHash<QString, Entry> &commands()
           { { G::Json | G::Limit, {} },
             [](const Pieces &p) {
                 return command::Recent { p.limit, p.form };
+            } } },
+        { u"projects"_s,
+          { { G::Json | G::Limit, {} },
+            [](const Pieces &p) {
+                return command::Projects { p.limit, p.form };
+            } } },
+        { u"messages"_s,
+          { { G::Json | G::Limit, G::Operands::Source },
+            [](const Pieces &p) {
+                return command::Messages { p.operands.first(), p.limit, p.form };
             } } },
         { u"hook install"_s, { { G::Json, {} }, [](const Pieces &p) { return command::HookInstall { p.form }; } } },
         { u"hook status"_s, { { G::Json, {} }, [](const Pieces &p) { return command::HookStatus { p.form }; } } },
@@ -114,49 +146,135 @@ public:
 private:
     [[nodiscard]] std::optional<UsageError> readOption(const QString &argument)
     {
+        const bool launches = m_grammar.options & Grammar::LaunchOptions;
+        const QString name = argument.section(u'=', 0, 0);
         if (argument == u"--json" && (m_grammar.options & Grammar::Json)) {
             m_pieces.form = OutputForm::Json;
         } else if (argument == u"--stop" && (m_grammar.options & Grammar::Stop)) {
             m_pieces.stop = true;
-        } else if (argument == u"--limit" && (m_grammar.options & Grammar::Limit)) {
-            if (m_rest.isEmpty())
-                return UsageError { u"\"--limit\" needs a number"_s };
-            return readLimit(m_rest.takeFirst());
-        } else if (argument.startsWith(u"--limit=") && (m_grammar.options & Grammar::Limit)) {
-            return readLimit(argument.sliced(8));
+        } else if (argument == u"--continue" && launches) {
+            return readLaunchMode(command::Launch::Mode::ContinueLatest);
+        } else if (name == u"--limit" && (m_grammar.options & Grammar::Limit)) {
+            return readValue(argument, u"a number"_s, &Reader::readLimit);
+        } else if (name == u"--resume" && launches) {
+            return readValue(argument, u"a session's ID"_s, &Reader::readResumed);
+        } else if (name == u"--mode" && launches) {
+            return readValue(argument, u"a permission mode"_s, &Reader::readPermissionMode);
         } else {
             return unknownOption(argument);
         }
         return std::nullopt;
     }
 
+    /// The value is the text behind "=", else the next argument.
+    [[nodiscard]] std::optional<UsageError> readValue(const QString &option, const QString &what,
+                                                      std::optional<UsageError> (Reader::*take)(const QString &))
+    {
+        const qsizetype equals = option.indexOf(u'=');
+        if (equals < 0 && m_rest.isEmpty())
+            return UsageError { u"\"%1\" needs %2"_s.arg(option, what) };
+        return (this->*take)(equals < 0 ? m_rest.takeFirst() : option.sliced(equals + 1));
+    }
+
     [[nodiscard]] std::optional<UsageError> readLimit(const QString &text)
     {
-        bool isNumber = false;
-        const int value = text.toInt(&isNumber);
-        if (!isNumber || value < 1)
+        const auto value = wholeNumber(text);
+        if (!value || *value < 1)
             return UsageError { u"\"--limit\" needs a whole number from 1 to %1, not \"%2\""_s.arg(
                 QString::number(std::numeric_limits<int>::max()), text) };
-        m_pieces.limit = value;
+        m_pieces.limit = *value;
         return std::nullopt;
     }
 
-    [[nodiscard]] std::optional<UsageError> checkOperands() const
+    [[nodiscard]] std::optional<UsageError> readResumed(const QString &text)
     {
+        if (text.isEmpty())
+            return UsageError { u"\"--resume\" needs a session's ID"_s };
+        m_pieces.resumedID = text;
+        return readLaunchMode(command::Launch::Mode::Resume);
+    }
+
+    [[nodiscard]] std::optional<UsageError> readLaunchMode(command::Launch::Mode mode)
+    {
+        using Mode = command::Launch::Mode;
+        if (m_pieces.launchMode != Mode::Fresh && m_pieces.launchMode != mode)
+            return UsageError { u"\"--resume\" and \"--continue\" can't go together"_s };
+        m_pieces.launchMode = mode;
+        return std::nullopt;
+    }
+
+    [[nodiscard]] std::optional<UsageError> readPermissionMode(const QString &text)
+    {
+        const auto mode = agentPermissionModeFromRawValue(text);
+        if (!mode)
+            return UsageError { u"there is no permission mode \"%1\", only %2"_s.arg(
+                text, permissionModeNames().join(u", ")) };
+        m_pieces.permissionMode = *mode;
+        return std::nullopt;
+    }
+
+    [[nodiscard]] std::optional<UsageError> checkOperands()
+    {
+        using Operands = Grammar::Operands;
         const QStringList &given = m_pieces.operands;
         switch (m_grammar.operands) {
-        case Grammar::Operands::None:
-            return given.isEmpty() ? std::nullopt : std::optional(unexpected(given.first()));
-        case Grammar::Operands::SessionID:
+        case Operands::None:
+            return checkCount(0, {});
+        case Operands::SessionID:
+            return checkCount(1, u"a session's ID is missing"_s);
+        case Operands::Path:
+            return checkCount(1, u"a project's path is missing"_s);
+        case Operands::Source:
+            return checkCount(1, u"a session's ID or a file is missing"_s);
+        case Operands::SessionAndIndex:
+            return checkIndex();
+        case Operands::SessionAndText:
             if (given.isEmpty() || given.first().isEmpty())
                 return UsageError { u"a session's ID is missing"_s };
-            return given.size() == 1 ? std::nullopt : std::optional(unexpected(given.at(1)));
-        case Grammar::Operands::Words:
+            return given.sliced(1).join(QString()).trimmed().isEmpty()
+                       ? std::optional(UsageError { u"a text to send is missing"_s })
+                       : std::nullopt;
+        case Operands::Words:
             if (given.join(QString()).trimmed().isEmpty())
                 return UsageError { u"a word to search for is missing"_s };
             return std::nullopt;
         }
         return std::nullopt;
+    }
+
+    /// Of several operands only the first is looked for here.
+    [[nodiscard]] std::optional<UsageError> checkCount(qsizetype count, const QString &ifMissing) const
+    {
+        const QStringList &given = m_pieces.operands;
+        if (count > 0 && (given.isEmpty() || given.first().isEmpty()))
+            return UsageError { ifMissing };
+        return given.size() > count ? std::optional(unexpected(given.at(count))) : std::nullopt;
+    }
+
+    [[nodiscard]] std::optional<UsageError> checkIndex()
+    {
+        if (const auto error = checkCount(2, u"a session's ID is missing"_s))
+            return error;
+        const auto index = wholeNumber(m_pieces.operands.value(1));
+        if (!index || *index < 0)
+            return UsageError { u"an option's number is missing; the first one is 0"_s };
+        m_pieces.index = *index;
+        return std::nullopt;
+    }
+
+    [[nodiscard]] static std::optional<int> wholeNumber(const QString &text)
+    {
+        bool isNumber = false;
+        const int value = text.toInt(&isNumber);
+        return isNumber ? std::optional(value) : std::nullopt;
+    }
+
+    [[nodiscard]] static QStringList permissionModeNames()
+    {
+        QStringList names;
+        for (const AgentPermissionMode mode : allAgentPermissionModes)
+            names.append(rawValue(mode));
+        return names;
     }
 
     static UsageError unexpected(const QString &argument) { return { u"unexpected argument \"%1\""_s.arg(argument) }; }
@@ -231,12 +349,24 @@ Sessions (of the running Vantry)
   allow ID                          allow what the agent asks for
   deny ID [--stop]                  deny it; --stop ends the agent's turn, too
   always-allow ID                   allow it from now on, as the agent suggests
-  kill ID                           end the agent
+  answer ID INDEX                   choose an option of its question; the first
+                                    one is 0
+  send ID TEXT...                   type a line into its terminal
+  focus ID                          bring its terminal forward
+  kill ID                           end the agent and close its terminal
+  launch PATH [--resume ID | --continue] [--mode MODE]
+                                    start the agent in a project's folder; MODE
+                                    is askPermissions, autoAcceptEdits, planMode
+                                    or bypassPermissions
 
 History
   search WORD... [--limit N] [--json]
                                     find remembered sessions
   recent [--limit N] [--json]       the most recent ones (N is 20 if not given)
+  projects [--limit N] [--json]     where the agent was used lately
+  messages ID|FILE [--limit N] [--json]
+                                    the last N messages of a conversation, from
+                                    the agent's transcript
 
 Set-up
   hook install [--json]             connect the agent: install its hook
@@ -246,7 +376,8 @@ Set-up
 
   --help, --version
 
-ID is a session's identifier or the beginning of one, as status shows it.
+ID is a session's identifier or the beginning of one, as status and recent show
+it.
 "--" ends the options. NO_COLOR turns colours off.
 
 Exit codes: 0 done; 1 refused or not found (hook status: not installed; doctor:

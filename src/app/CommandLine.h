@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sessions/AgentPermissionMode.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -59,6 +61,32 @@ struct Kill
     QString id;
     friend bool operator==(const Kill &, const Kill &) = default;
 };
+struct Answer
+{
+    QString id;
+    int index { 0 }; ///< Of the option, from 0.
+    friend bool operator==(const Answer &, const Answer &) = default;
+};
+struct Send
+{
+    QString id;
+    QString text; ///< Not empty.
+    friend bool operator==(const Send &, const Send &) = default;
+};
+struct Focus
+{
+    QString id;
+    friend bool operator==(const Focus &, const Focus &) = default;
+};
+struct Launch
+{
+    enum class Mode { Fresh, Resume, ContinueLatest };
+    QString path; ///< Of the project; may be relative.
+    Mode mode { Mode::Fresh };
+    QString sessionID {}; ///< Of the session to resume, as `id` above; else empty.
+    AgentPermissionMode permissionMode { AgentPermissionMode::askPermissions };
+    friend bool operator==(const Launch &, const Launch &) = default;
+};
 struct Search
 {
     QStringList words; ///< At least one.
@@ -71,6 +99,19 @@ struct Recent
     int limit { 20 }; ///< At least 1.
     OutputForm form { OutputForm::Text };
     friend bool operator==(const Recent &, const Recent &) = default;
+};
+struct Projects
+{
+    int limit { 20 }; ///< At least 1.
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Projects &, const Projects &) = default;
+};
+struct Messages
+{
+    QString source;   ///< A session's `id` as above, or a transcript's file.
+    int limit { 20 }; ///< At least 1.
+    OutputForm form { OutputForm::Text };
+    friend bool operator==(const Messages &, const Messages &) = default;
 };
 struct HookInstall
 {
@@ -96,7 +137,8 @@ struct Quit
 
 using Command =
     std::variant<command::Start, command::Help, command::Version, command::Status, command::Watch, command::Allow,
-                 command::Deny, command::AlwaysAllow, command::Kill, command::Search, command::Recent,
+                 command::Deny, command::AlwaysAllow, command::Answer, command::Send, command::Focus, command::Kill,
+                 command::Launch, command::Search, command::Recent, command::Projects, command::Messages,
                  command::HookInstall, command::HookStatus, command::Doctor, command::Quit>;
 
 /// Why a command line can't be understood, as one line for a person.

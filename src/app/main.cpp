@@ -7,6 +7,7 @@
 #include "app/control/HistoryCommands.h"
 #include "app/control/HookCommands.h"
 #include "app/control/SessionCommands.h"
+#include "app/control/TranscriptCommands.h"
 #include "app/control/WatchCommand.h"
 #include "hooks/HTTPHookServer.h"
 
@@ -43,9 +44,18 @@ public:
     int operator()(const command::Allow &allow) { return runAllow(allow, *client(), m_console); }
     int operator()(const command::Deny &deny) { return runDeny(deny, *client(), m_console); }
     int operator()(const command::AlwaysAllow &allow) { return runAlwaysAllow(allow, *client(), m_console); }
+    int operator()(const command::Answer &answer) { return runAnswer(answer, *client(), m_console); }
+    int operator()(const command::Send &send) { return runSend(send, *client(), m_console); }
+    int operator()(const command::Focus &focus) { return runFocus(focus, *client(), m_console); }
+    int operator()(const command::Launch &launch) { return runLaunch(launch, *client(), m_paths, m_console, m_clock); }
     int operator()(const command::Kill &kill) { return runKill(kill, *client(), m_console); }
     int operator()(const command::Search &search) { return runSearch(search, m_paths, m_console, m_clock); }
     int operator()(const command::Recent &recent) { return runRecent(recent, m_paths, m_console, m_clock); }
+    int operator()(const command::Projects &projects) { return runProjects(projects, m_paths, m_console, m_clock); }
+    int operator()(const command::Messages &messages)
+    {
+        return runMessages(messages, m_paths, *client(), m_console, m_clock);
+    }
     int operator()(const command::HookInstall &install)
     {
         return runHookInstall(install, HookInstaller(m_paths.home), port, m_console);

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <variant>
@@ -14,7 +15,7 @@ struct ControlFailure
     enum class Kind {
         NotRunning,    ///< No application runs for this user, or it can't be reached.
         NoSuchSession, ///< It knows no session of this identifier.
-        NotPossible,   ///< The session's state does not allow the call.
+        NotPossible,   ///< The session's state, or its terminal, does not allow the call.
         Unanswered,    ///< It runs and gave no usable answer.
     };
     Kind kind { Kind::Unanswered };
@@ -32,6 +33,7 @@ public:
         std::function<void(const QString &sessionJson)> onChanged {};
         std::function<void(const QString &sessionID)> onRemoved {};
         std::function<void(bool listening)> onListening {};
+        std::function<void(std::uint32_t done, std::uint32_t total)> onBackfill {};
         std::function<void()> onGone {}; ///< The application has ended, or can't be reached any more.
     };
 
@@ -46,7 +48,13 @@ public:
     [[nodiscard]] virtual std::optional<ControlFailure> allow(const QString &sessionID) = 0;
     [[nodiscard]] virtual std::optional<ControlFailure> deny(const QString &sessionID, bool stop) = 0;
     [[nodiscard]] virtual std::optional<ControlFailure> alwaysAllow(const QString &sessionID) = 0;
+    [[nodiscard]] virtual std::optional<ControlFailure> answer(const QString &sessionID, int index) = 0;
+    [[nodiscard]] virtual std::optional<ControlFailure> send(const QString &sessionID, const QString &text) = 0;
+    [[nodiscard]] virtual std::optional<ControlFailure> focus(const QString &sessionID) = 0;
     [[nodiscard]] virtual std::optional<ControlFailure> kill(const QString &sessionID) = 0;
+    /// The arguments are those of ControlRequests::launch().
+    [[nodiscard]] virtual std::optional<ControlFailure>
+    launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode) = 0;
     /// Asks it to show itself.
     [[nodiscard]] virtual std::optional<ControlFailure> activate() = 0;
     [[nodiscard]] virtual std::optional<ControlFailure> quit() = 0;

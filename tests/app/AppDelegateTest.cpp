@@ -1,12 +1,15 @@
 #include "app/AppDelegate.h"
 
 #include "support/EventBuilder.h"
+#include "support/FakeApplications.h"
 #include "support/FakeControlEndpoint.h"
 #include "support/FakeHookConnection.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
+#include "support/FakeTerminalDriver.h"
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
+#include "support/RecordingScriptHost.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -37,7 +40,10 @@ protected:
                  .configFile = home.filePath(u"settings.json"_s),
                  .runtimeFolder = {} };
     }
-    [[nodiscard]] AppDelegate::Ports ports() { return { clock, scheduler, mainQueue, processes, peers, endpoint }; }
+    [[nodiscard]] AppDelegate::Ports ports()
+    {
+        return { clock, scheduler, mainQueue, processes, peers, endpoint, applications, scripts, { &terminal } };
+    }
 
     void launch()
     {
@@ -87,6 +93,9 @@ protected:
     test::FakeProcessTable processes;
     test::FakePeerIdentity peers;
     test::FakeControlEndpoint endpoint;
+    test::FakeApplications applications;
+    test::RecordingScriptHost scripts;
+    test::FakeTerminalDriver terminal;
     std::optional<AppDelegate> delegate;
 };
 

@@ -1,19 +1,6 @@
-#include "app/SessionActions.h"
+#include "SessionFixture.h"
 
-#include "app/control/ControlService.h"
-#include "base/WorkerPool.h"
-#include "hooks/HTTPHookServer.h"
-#include "sessions/SessionChanges.h"
-#include "sessions/SessionManager.h"
-#include "support/EventBuilder.h"
-#include "support/FakeControlEndpoint.h"
-#include "support/FakeHookConnection.h"
-#include "support/FakePeerIdentity.h"
-#include "support/FakeProcessChecker.h"
-#include "support/FakeSessionStore.h"
-#include "support/ManualMainQueue.h"
-#include "support/ManualScheduler.h"
-#include "support/RecordingLog.h"
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -22,42 +9,24 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using test::EventBuilder;
-using test::FakeHookConnection;
-using Kind = ControlOutcome::Kind;
 
-/// A manager and held requests over fakes, and what acts on them.
-class SessionActionsTest : public ::testing::Test
+/// What a completion was told.
+struct Ended
 {
-protected:
-    std::shared_ptr<FakeHookConnection> hold(EventBuilder event)
+    [[nodiscard]] SessionActions::Completion completion()
     {
-        auto connection = std::make_shared<FakeHookConnection>();
-        held.add(event, connection);
-        manager.handleEvent(event);
-        return connection;
+        return [this](const std::optional<QString> &told) {
+            ++times;
+            failure = told;
+        };
     }
-    [[nodiscard]] static EventBuilder request(const QString &tool = u"Bash"_s)
-    {
-        EventBuilder event(HookEventType::permissionRequest);
-        event.tool(tool);
-        return event;
-    }
-    /// The terminal asks: the session waits and no request is held.
-    void askInTerminal() { manager.handleEvent(request()); }
-    [[nodiscard]] SessionPtr session() const { return manager.session(u"s"_s); }
 
-    test::ManualClock clock;
-    test::ManualScheduler scheduler { clock };
-    test::ManualMainQueue mainQueue;
-    test::RecordingLog log;
-    test::FakeSessionStore store;
-    test::FakeProcessChecker processes;
-    WorkerPool workers;
-    GitFacts git { mainQueue, workers, u"/nonexistent/git"_s };
-    PendingPermissionStore held { clock, scheduler, log };
-    SessionManager manager { store, processes, git, held, clock, log };
-    SessionActions actions { manager, held };
+    int times { 0 };
+    std::optional<QString> failure;
 };
+
+class SessionActionsTest : public test::SessionFixture
+{};
 
 TEST_F(SessionActionsTest, allowAnswersTheFirstRequest)
 {
@@ -74,13 +43,117 @@ TEST_F(SessionActionsTest, allowAnswersTheFirstRequest)
     EXPECT_EQ(store.rows.value(u"s"_s).state, SessionState::working);
 }
 
-TEST_F(SessionActionsTest, allowDoesNothingWhereTheQuestionIsInTheTerminal)
+TEST_F(SessionActionsTest, allowTypesTheApprovalWhereTheQuestionIsInTheTerminal)
 {
+    runIn(u"tmux-pane"_s);
     askInTerminal();
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+
+    EXPECT_EQ(session()->state(), SessionState::working);
+    EXPECT_EQ(session()->toolName(), std::nullopt);
+    EXPECT_EQ(store.rows.value(u"s"_s).state, SessionState::working);
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_EQ(ended.failure, std::nullopt);
+    EXPECT_EQ(terminal.calls(), QStringList { u"return 7"_s });
+}
+
+TEST_F(SessionActionsTest, allowBringsATerminalForwardThatCannotBeTypedInto)
+{
+    runIn(u"terminal"_s);
+    askInTerminal();
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+
+    EXPECT_EQ(session()->state(), SessionState::working);
+    EXPECT_TRUE(
+        log.contains(u"TerminalBridge: pressReturn not supported for 'terminal' — focusing terminal instead"_s));
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_TRUE(ended.failure);
+}
+
+TEST_F(SessionActionsTest, allowApprovesAPlanInTheTerminal)
+{
+    runIn(u"tmux-pane"_s);
+    manager.handleEvent(EventBuilder(HookEventType::preToolUse).tool(u"ExitPlanMode"_s));
 
     actions.allow(u"s"_s);
 
-    EXPECT_EQ(session()->state(), SessionState::needsPermission);
+    ASSERT_TRUE(eventually([&] { return !terminal.calls().isEmpty(); }));
+    EXPECT_EQ(terminal.calls(), QStringList { u"type 7: 2"_s }) << "Return would turn off the questions about edits";
+}
+
+TEST_F(SessionActionsTest, allowOfAHeldPlanIsTypedOnceTheAgentHasItsAnswer)
+{
+    runIn(u"tmux-pane"_s);
+    const auto connection = hold(request(u"ExitPlanMode"_s));
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+
+    EXPECT_NE(connection->body.find(R"("behavior":"allow")"), std::string::npos);
+    EXPECT_EQ(session()->state(), SessionState::working);
+    EXPECT_TRUE(terminal.calls().isEmpty()) << "the agent takes the answer first";
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_EQ(ended.failure, std::nullopt);
+    EXPECT_EQ(terminal.calls(), QStringList { u"type 7: 2"_s });
+}
+
+TEST_F(SessionActionsTest, allowOfAHeldPlanTypesNothingOnceTheSessionHasGoneOn)
+{
+    runIn(u"tmux-pane"_s);
+    hold(request(u"ExitPlanMode"_s));
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+    clock.advance(Seconds { 0.01 });
+    manager.handleEvent(EventBuilder(HookEventType::postToolUse).tool(u"ExitPlanMode"_s));
+
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_TRUE(ended.failure);
+    EXPECT_TRUE(terminal.calls().isEmpty());
+}
+
+TEST_F(SessionActionsTest, allowOfAHeldPlanSaysWhereItHasToBeApproved)
+{
+    runIn(u"terminal"_s);
+    hold(request(u"ExitPlanMode"_s));
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_TRUE(ended.failure && ended.failure->contains(u"terminal"));
+    EXPECT_EQ(scripts.scripts.size(), 1) << "it is brought forward";
+}
+
+TEST_F(SessionActionsTest, allowTypesNothingForTheHeldPlanOfABackgroundAgent)
+{
+    runIn(u"tmux-pane"_s);
+    hold(request(u"ExitPlanMode"_s).agent(u"helper"_s));
+    Ended ended;
+
+    actions.allow(u"s"_s, ended.completion());
+
+    EXPECT_EQ(ended.times, 1);
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+}
+
+TEST_F(SessionActionsTest, goesWhileAPlanIsApproved)
+{
+    runIn(u"tmux-pane"_s);
+    hold(request(u"ExitPlanMode"_s));
+    Ended ended;
+    {
+        SessionActions shortLived({ manager, held, bridge, scheduler, log });
+        shortLived.allow(u"s"_s, ended.completion());
+    }
+
+    scheduler.advance(Seconds { 10 });
+
+    EXPECT_EQ(ended.times, 0);
 }
 
 TEST_F(SessionActionsTest, allowDoesNothingInAnyOtherState)
@@ -101,9 +174,29 @@ TEST_F(SessionActionsTest, unknownSessionsAreIgnored)
     actions.deny(u"none"_s, SessionActions::Denial::AgentStops);
     actions.alwaysAllow(u"none"_s);
     actions.killSession(u"none"_s);
+    actions.focusSession(u"none"_s);
+    actions.answerQuestion(u"none"_s, 0);
+    actions.sendText(u"none"_s, u"Hello"_s);
 
     EXPECT_FALSE(actions.hasAlwaysAllowSuggestions(u"none"_s));
     EXPECT_TRUE(manager.sessions().isEmpty());
+    EXPECT_TRUE(terminal.calls().isEmpty() && scripts.scripts.isEmpty());
+}
+
+TEST_F(SessionActionsTest, whoActsOnAnUnknownSessionIsTold)
+{
+    Ended ended;
+
+    actions.allow(u"none"_s, ended.completion());
+    actions.deny(u"none"_s, SessionActions::Denial::AgentGoesOn, ended.completion());
+    actions.alwaysAllow(u"none"_s, ended.completion());
+    actions.killSession(u"none"_s, ended.completion());
+    actions.focusSession(u"none"_s, ended.completion());
+    actions.answerQuestion(u"none"_s, 0, ended.completion());
+    actions.sendText(u"none"_s, u"Hello"_s, ended.completion());
+
+    EXPECT_EQ(ended.times, 7);
+    EXPECT_TRUE(ended.failure);
 }
 
 TEST_F(SessionActionsTest, denyLetsTheAgentGoOn)
@@ -176,6 +269,135 @@ TEST_F(SessionActionsTest, theSessionWaitsAgainForTheNextRequest)
     EXPECT_EQ(session()->toolName(), u"Write"_s);
 }
 
+TEST_F(SessionActionsTest, denyWithoutARequestTypesNothing)
+{
+    runIn(u"tmux-pane"_s);
+    askInTerminal();
+
+    actions.deny(u"s"_s, SessionActions::Denial::AgentGoesOn);
+    mainQueue.drainAll();
+
+    EXPECT_TRUE(terminal.calls().isEmpty());
+}
+
+TEST_F(SessionActionsTest, sendTypesTheTrimmedText)
+{
+    runIn(u"tmux-pane"_s);
+    log.clear();
+    Ended ended;
+
+    actions.sendText(u"s"_s, u" \n Go on \n"_s, ended.completion());
+
+    EXPECT_EQ(log.lines().mid(0, 3), (QStringList { u"sendTextToSession called: id=s text= \n Go on \n"_s,
+                                                    u"sendTextToSession: calling terminalBridge.sendText"_s,
+                                                    u"TerminalBridge: sendText to tmux-pane, text=Go on"_s }));
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_EQ(ended.failure, std::nullopt);
+    EXPECT_EQ(terminal.calls(), (QStringList { u"type 7: Go on"_s, u"return 7"_s }));
+}
+
+TEST_F(SessionActionsTest, sendTakesAPercentSignAsItStands)
+{
+    runIn(u"tmux-pane"_s);
+
+    actions.sendText(u"s"_s, u"50%1 of %2"_s);
+
+    EXPECT_TRUE(log.contains(u"sendTextToSession called: id=s text=50%1 of %2"_s));
+}
+
+TEST_F(SessionActionsTest, sendSaysWhatIsMissing)
+{
+    Ended ended;
+
+    actions.sendText(u"none"_s, u"Hello"_s, ended.completion());
+    EXPECT_EQ(log.lines().last(), u"sendTextToSession: session not found");
+
+    runIn(u"tmux-pane"_s);
+    actions.sendText(u"s"_s, u" \n\t "_s, ended.completion());
+    EXPECT_EQ(log.lines().last(), u"sendTextToSession: text empty after trim");
+
+    manager.handleEvent(EventBuilder(HookEventType::sessionEnd));
+    actions.sendText(u"s"_s, u"Hello"_s, ended.completion());
+    EXPECT_EQ(log.lines().last(), u"sendTextToSession: session not alive");
+
+    EXPECT_EQ(ended.times, 3);
+    EXPECT_TRUE(ended.failure);
+    EXPECT_TRUE(terminal.calls().isEmpty());
+}
+
+TEST_F(SessionActionsTest, answersOnlyASessionThatAsks)
+{
+    runIn(u"iterm2"_s);
+    Ended ended;
+
+    actions.answerQuestion(u"s"_s, 0, ended.completion());
+
+    EXPECT_EQ(ended.times, 1);
+    EXPECT_TRUE(ended.failure);
+    EXPECT_TRUE(scripts.scripts.isEmpty());
+
+    session()->setState(SessionState::hasQuestion);
+    actions.answerQuestion(u"s"_s, 1, ended.completion());
+    EXPECT_TRUE(log.contains(u"TerminalBridge: answerQuestion index=1 for iterm2"_s));
+}
+
+TEST_F(SessionActionsTest, focusesTheTerminal)
+{
+    runIn(u"tmux-pane"_s);
+    Ended ended;
+
+    actions.focusSession(u"s"_s, ended.completion());
+
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_EQ(terminal.calls(), QStringList { u"focus 7"_s });
+}
+
+TEST_F(SessionActionsTest, launchesWithoutAPrompt)
+{
+    QTemporaryDir project;
+    runIn(u"tmux-pane"_s);
+    Ended ended;
+
+    actions.launch(project.path(), TerminalBridge::Resume { u"abc"_s }, { AgentPermissionMode::bypassPermissions },
+                   ended.completion());
+
+    ASSERT_TRUE(eventually([&] { return ended.times == 1; }));
+    EXPECT_EQ(ended.failure, std::nullopt);
+    EXPECT_TRUE(terminal.calls().last().endsWith(
+        u"cd '%1' && claude --resume 'abc' --dangerously-skip-permissions"_s.arg(project.path())))
+        << terminal.calls().last().toStdString();
+}
+
+TEST_F(SessionActionsTest, killClosesTheTabFirst)
+{
+    processes.processes.insert(4711, 1000);
+    manager.handleEvent(EventBuilder(HookEventType::sessionStart).pid(4711).terminal(u"tmux-pane"_s, u"7"_s));
+    log.clear();
+
+    actions.killSession(u"s"_s);
+
+    const QStringList lines = log.lines();
+    EXPECT_LT(lines.indexOf(u"TerminalBridge: closeTab for tmux-pane, sessionID=7"_s),
+              lines.indexOf(u"SessionManager: killing session s (PID 4711)"_s));
+    EXPECT_TRUE(lines.contains(u"TerminalBridge: closeTab for tmux-pane, sessionID=7"_s));
+    EXPECT_FALSE(session()->isAlive());
+    terminal.waitForCalls(1);
+    EXPECT_EQ(terminal.calls(), QStringList { u"close 7"_s });
+}
+
+TEST_F(SessionActionsTest, killEndsASessionWhoseTabStays)
+{
+    runIn(u"tmux-pane"_s);
+    terminal.setFailure(u"the pane is gone"_s);
+    Ended ended;
+
+    actions.killSession(u"s"_s, ended.completion());
+
+    EXPECT_EQ(ended.times, 1);
+    EXPECT_EQ(ended.failure, std::nullopt);
+    EXPECT_FALSE(session()->isAlive());
+}
+
 TEST_F(SessionActionsTest, killEndsTheSession)
 {
     processes.processes.insert(4711, 1000);
@@ -185,102 +407,6 @@ TEST_F(SessionActionsTest, killEndsTheSession)
 
     EXPECT_EQ(processes.terminated, QList<std::int64_t> { 4711 });
     EXPECT_FALSE(session()->isAlive());
-}
-
-class ControlServiceTest : public SessionActionsTest
-{
-protected:
-    ControlServiceTest() { control.publish(); }
-
-    test::FakePeerIdentity peers;
-    HTTPHookServer server { mainQueue, scheduler, log, peers, 47'392 };
-    SessionChanges changes { manager, mainQueue };
-    test::FakeControlEndpoint endpoint;
-    ControlService control { { clock, server, manager, held, actions, changes, endpoint }, u"/nonexistent"_s };
-};
-
-TEST_F(ControlServiceTest, listsTheSessionsWithTheirRequests)
-{
-    hold(request().suggestion("{}"));
-
-    const Json document = Json::parse(control.list().toStdString());
-
-    EXPECT_EQ(document.at("running"), true);
-    EXPECT_EQ(document.at("listening"), false);
-    EXPECT_EQ(document.at("port"), 47'392);
-    EXPECT_EQ(document.at("sessions").at(0).at("heldPermissions"), 1);
-    EXPECT_EQ(document.at("sessions").at(0).at("hasAlwaysAllowSuggestions"), true);
-}
-
-TEST_F(ControlServiceTest, knowsNoSessionOfAnotherIdentifier)
-{
-    const QString huge(1'000'000, u'x');
-    for (const QString &id : { u""_s, u"none"_s, huge }) {
-        EXPECT_EQ(control.allow(id).kind, Kind::NoSuchSession);
-        EXPECT_EQ(control.deny(id, true).kind, Kind::NoSuchSession);
-        EXPECT_EQ(control.alwaysAllow(id).kind, Kind::NoSuchSession);
-        EXPECT_EQ(control.kill(id).kind, Kind::NoSuchSession);
-    }
-}
-
-TEST_F(ControlServiceTest, takesWholeIdentifiersOnly)
-{
-    hold(request().session(u"session"_s));
-
-    EXPECT_EQ(control.allow(u"sess"_s).kind, Kind::NoSuchSession);
-}
-
-TEST_F(ControlServiceTest, answersARequestOnce)
-{
-    const auto connection = hold(request());
-
-    EXPECT_EQ(control.allow(u"s"_s).kind, Kind::Done);
-    EXPECT_EQ(control.allow(u"s"_s).kind, Kind::NotPossible);
-    EXPECT_EQ(control.deny(u"s"_s, false).kind, Kind::NotPossible);
-    EXPECT_EQ(control.alwaysAllow(u"s"_s).kind, Kind::NotPossible);
-    EXPECT_TRUE(connection->status);
-}
-
-TEST_F(ControlServiceTest, saysThatAQuestionIsInTheTerminalOnly)
-{
-    askInTerminal();
-
-    for (const ControlOutcome &outcome : { control.allow(u"s"_s), control.alwaysAllow(u"s"_s) }) {
-        EXPECT_EQ(outcome.kind, Kind::NotPossible);
-        EXPECT_TRUE(outcome.reason.contains(u"terminal"));
-    }
-    EXPECT_EQ(session()->state(), SessionState::needsPermission);
-    EXPECT_EQ(control.deny(u"s"_s, false).kind, Kind::Done);
-}
-
-TEST_F(ControlServiceTest, killsASessionOnce)
-{
-    manager.handleEvent(EventBuilder(HookEventType::sessionStart));
-
-    EXPECT_EQ(control.kill(u"s"_s).kind, Kind::Done);
-    EXPECT_EQ(control.kill(u"s"_s).kind, Kind::NotPossible);
-}
-
-TEST_F(ControlServiceTest, passesTheRequestToQuitOn)
-{
-    control.quit();
-    int requests = 0;
-    control.onQuit = [&] { ++requests; };
-
-    control.quit();
-
-    EXPECT_EQ(requests, 1);
-}
-
-TEST_F(ControlServiceTest, announcesNothingAfterItWasWithdrawn)
-{
-    control.withdraw();
-
-    manager.handleEvent(EventBuilder(HookEventType::sessionStart));
-    mainQueue.drainAll();
-
-    EXPECT_TRUE(endpoint.changed.isEmpty());
-    EXPECT_EQ(endpoint.withdrawals, 1);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "platform/linux/DBusControlEndpoint.h"
 
 #include <QCoreApplication>
+#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QFile>
@@ -12,6 +13,7 @@
 
 #include <future>
 #include <thread>
+#include <utility>
 
 namespace vantry {
 namespace {
@@ -28,25 +30,44 @@ class RecordingRequests final : public ControlRequests
 public:
     [[nodiscard]] bool isListening() const override { return listening; }
     [[nodiscard]] QString list() const override { return document; }
-    ControlOutcome allow(const QString &id) override { return record(u"allow "_s + id); }
-    ControlOutcome deny(const QString &id, bool stop) override
+    void allow(const QString &id, Reply reply) override { record(u"allow "_s + id, std::move(reply)); }
+    void deny(const QString &id, bool stop, Reply reply) override
     {
-        return record((stop ? u"deny and stop "_s : u"deny "_s) + id);
+        record((stop ? u"deny and stop "_s : u"deny "_s) + id, std::move(reply));
     }
-    ControlOutcome alwaysAllow(const QString &id) override { return record(u"always allow "_s + id); }
-    ControlOutcome kill(const QString &id) override { return record(u"kill "_s + id); }
+    void alwaysAllow(const QString &id, Reply reply) override { record(u"always allow "_s + id, std::move(reply)); }
+    void answer(const QString &id, int index, Reply reply) override
+    {
+        record(u"answer %1 %2"_s.arg(id).arg(index), std::move(reply));
+    }
+    void send(const QString &id, const QString &text, Reply reply) override
+    {
+        record(u"send %1 %2"_s.arg(id, text), std::move(reply));
+    }
+    void focus(const QString &id, Reply reply) override { record(u"focus "_s + id, std::move(reply)); }
+    void kill(const QString &id, Reply reply) override { record(u"kill "_s + id, std::move(reply)); }
+    void launch(const QString &path, const QString &mode, const QString &id, const QString &permissionMode,
+                Reply reply) override
+    {
+        record(u"launch %1 %2 %3 %4"_s.arg(path, mode, id, permissionMode), std::move(reply));
+    }
     void quit() override { calls.append(u"quit"_s); }
 
     bool listening { true };
     QString document { u"{}"_s };
     ControlOutcome outcome;
+    bool repliesAtOnce { true };
+    QList<Reply> waiting; ///< What has not been replied to.
     QStringList calls;
 
 private:
-    ControlOutcome record(const QString &call)
+    void record(const QString &call, Reply reply)
     {
         calls.append(call);
-        return outcome;
+        if (repliesAtOnce)
+            reply(outcome);
+        else
+            waiting.append(std::move(reply));
     }
 };
 
@@ -104,11 +125,17 @@ TEST_F(DBusControl, passesEachCallOn)
     EXPECT_FALSE(fromElsewhere([](auto &client) { return client.deny(u"c"_s, true); }));
     EXPECT_FALSE(fromElsewhere([](auto &client) { return client.alwaysAllow(u"d"_s); }));
     EXPECT_FALSE(fromElsewhere([](auto &client) { return client.kill(u"e"_s); }));
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.answer(u"f"_s, 2); }));
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.send(u"g"_s, u"-a \"ä\"\n; 😀"_s); }));
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.focus(u"h"_s); }));
+    EXPECT_FALSE(
+        fromElsewhere([](auto &client) { return client.launch(u"/tmp/a b"_s, u"resume"_s, u"i"_s, u"planMode"_s); }));
     EXPECT_FALSE(fromElsewhere([](auto &client) { return client.activate(); }));
     EXPECT_FALSE(fromElsewhere([](auto &client) { return client.quit(); }));
 
     EXPECT_EQ(requests.calls, (QStringList { u"allow a"_s, u"deny b"_s, u"deny and stop c"_s, u"always allow d"_s,
-                                             u"kill e"_s, u"quit"_s }));
+                                             u"kill e"_s, u"answer f 2"_s, u"send g -a \"ä\"\n; 😀"_s, u"focus h"_s,
+                                             u"launch /tmp/a b resume i planMode"_s, u"quit"_s }));
 }
 
 TEST_F(DBusControl, givesTheDocument)
@@ -148,6 +175,68 @@ TEST_F(DBusControl, namesItsErrorsAsPromised)
     EXPECT_EQ(rawCall(sessions, u"Deny"_s, { u"a"_s, true }).errorName(), u"com.vantry.Error.NoSuchSession");
 }
 
+TEST_F(DBusControl, repliesWhenTheOutcomeComes)
+{
+    ASSERT_EQ(endpoint.publish(requests), Publication::Published);
+    requests.repliesAtOnce = false;
+
+    const auto failure = [&] {
+        auto result = std::async(std::launch::async, [&] {
+            DBusControlClient client(bus.address());
+            return client.send(u"a"_s, u"b"_s);
+        });
+        EXPECT_TRUE(eventually([&] { return requests.waiting.size() == 1; }));
+        // Others are served while one waits.
+        EXPECT_TRUE(std::holds_alternative<QString>(fromElsewhere([](auto &client) { return client.list(); })));
+        requests.waiting.first()({ ControlOutcome::Kind::NotPossible, u"the pane is gone"_s });
+        requests.waiting.first()({}); // A second reply is one too many.
+        return result.get();
+    }();
+
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->kind, Kind::NotPossible);
+    EXPECT_EQ(failure->reason, u"the pane is gone");
+}
+
+TEST_F(DBusControl, tellsWhoStillWaitsThatItEnds)
+{
+    ASSERT_EQ(endpoint.publish(requests), Publication::Published);
+    requests.repliesAtOnce = false;
+    auto result = std::async(std::launch::async, [&] {
+        DBusControlClient client(bus.address());
+        return client.focus(u"a"_s);
+    });
+    ASSERT_TRUE(eventually([&] { return requests.waiting.size() == 1; }));
+
+    endpoint.withdraw();
+
+    const auto failure = result.get();
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->kind, Kind::Unanswered);
+    EXPECT_TRUE(failure->reason.contains(u"ended before")) << failure->reason.toStdString();
+    requests.waiting.first()({}); // A reply that comes later goes nowhere.
+}
+
+TEST_F(DBusControl, outlivesACallerThatDoesNotWait)
+{
+    ASSERT_EQ(endpoint.publish(requests), Publication::Published);
+    requests.repliesAtOnce = false;
+    {
+        BusConnection caller(bus.address());
+        auto message =
+            QDBusMessage::createMethodCall(QString::fromLatin1(bus::serviceName), QString::fromLatin1(bus::objectPath),
+                                           QString::fromLatin1(bus::sessionsInterface), u"Focus"_s);
+        message.setArguments({ u"a"_s });
+        caller->asyncCall(message);
+        ASSERT_TRUE(eventually([&] { return requests.waiting.size() == 1; }));
+    }
+
+    requests.waiting.first()({});
+
+    requests.repliesAtOnce = true;
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.focus(u"b"_s); }));
+}
+
 TEST_F(DBusControl, refusesCallsOfAnotherForm)
 {
     ASSERT_EQ(endpoint.publish(requests), Publication::Published);
@@ -158,6 +247,8 @@ TEST_F(DBusControl, refusesCallsOfAnotherForm)
          { rawCall(sessions, u"Allow"_s, {}), rawCall(sessions, u"Allow"_s, { 5 }),
            rawCall(sessions, u"Allow"_s, { u"a"_s, u"b"_s }), rawCall(sessions, u"Deny"_s, { u"a"_s, u"yes"_s }),
            rawCall(sessions, u"Kill"_s, { QStringList { u"a"_s } }), rawCall(sessions, u"Nonsense"_s, {}),
+           rawCall(sessions, u"Answer"_s, { u"a"_s, u"1"_s }), rawCall(sessions, u"Answer"_s, { u"a"_s, 1.5 }),
+           rawCall(sessions, u"Send"_s, { u"a"_s }), rawCall(sessions, u"Launch"_s, { u"/tmp"_s }),
            rawCall(application, u"ActivateAction"_s, { u"quit"_s }),
            rawCall(application, u"ActivateAction"_s, { u"nonsense"_s, QVariantList {}, QVariantMap {} }) })
         EXPECT_EQ(reply.type(), QDBusMessage::ErrorMessage);
@@ -208,6 +299,8 @@ TEST_F(DBusControl, tellsFollowersWhatHappensInItsOrder)
     client.follow({ .onChanged = [&](const QString &session) { told.append(u"changed "_s + session); },
                     .onRemoved = [&](const QString &id) { told.append(u"removed "_s + id); },
                     .onListening = [&](bool listening) { told.append(listening ? u"listening"_s : u"deaf"_s); },
+                    .onBackfill = [&](std::uint32_t done,
+                                      std::uint32_t total) { told.append(u"read %1 of %2"_s.arg(done).arg(total)); },
                     .onGone = [&] { told.append(u"gone"_s); } });
     // Once this is answered, by the bus, the subscription made before it holds.
     ASSERT_TRUE(std::holds_alternative<ControlFailure>(client.list()));
@@ -217,11 +310,13 @@ TEST_F(DBusControl, tellsFollowersWhatHappensInItsOrder)
     endpoint.announceRemoved(u"a"_s);
     endpoint.announceListening(false);
     endpoint.announceListening(true);
-    EXPECT_TRUE(eventually([&] { return told.size() == 4; }));
-    endpoint.withdraw();
+    endpoint.announceBackfill(3, 4'294'967'295);
     EXPECT_TRUE(eventually([&] { return told.size() == 5; }));
+    endpoint.withdraw();
+    EXPECT_TRUE(eventually([&] { return told.size() == 6; }));
 
-    EXPECT_EQ(told, (QStringList { u"changed {}"_s, u"removed a"_s, u"deaf"_s, u"listening"_s, u"gone"_s }));
+    EXPECT_EQ(told, (QStringList { u"changed {}"_s, u"removed a"_s, u"deaf"_s, u"listening"_s,
+                                   u"read 3 of 4294967295"_s, u"gone"_s }));
 }
 
 TEST_F(DBusControl, letsOneInstanceHaveTheName)
@@ -239,6 +334,7 @@ TEST_F(DBusControl, announcesNothingWhileNotPublished)
     endpoint.announceChanged(u"{}"_s);
     endpoint.announceRemoved(u"a"_s);
     endpoint.announceListening(true);
+    endpoint.announceBackfill(0, 1);
 
     EXPECT_EQ(endpoint.publish(requests), Publication::Published);
 }

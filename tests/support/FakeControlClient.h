@@ -30,6 +30,20 @@ public:
         return record(QStringLiteral("always-allow ") + id);
     }
     [[nodiscard]] Failure kill(const QString &id) override { return record(QStringLiteral("kill ") + id); }
+    [[nodiscard]] Failure answer(const QString &id, int index) override
+    {
+        return record(QStringLiteral("answer %1 %2").arg(id).arg(index));
+    }
+    [[nodiscard]] Failure send(const QString &id, const QString &text) override
+    {
+        return record(QStringLiteral("send ") + id + u' ' + text);
+    }
+    [[nodiscard]] Failure focus(const QString &id) override { return record(QStringLiteral("focus ") + id); }
+    [[nodiscard]] Failure launch(const QString &path, const QString &mode, const QString &id,
+                                 const QString &permissionMode) override
+    {
+        return record(QStringList { QStringLiteral("launch"), path, mode, id, permissionMode }.join(u' '));
+    }
     [[nodiscard]] Failure activate() override { return record(QStringLiteral("activate")); }
     [[nodiscard]] Failure quit() override
     {

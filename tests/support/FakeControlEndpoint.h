@@ -25,6 +25,7 @@ public:
     void announceChanged(const QString &sessionJson) override { changed.append(sessionJson); }
     void announceRemoved(const QString &sessionID) override { removed.append(sessionID); }
     void announceListening(bool isListening) override { listening.append(isListening); }
+    void announceBackfill(std::uint32_t done, std::uint32_t total) override { backfill.append({ done, total }); }
 
     Publication publication { Publication::Published }; ///< What publish() will give.
     ControlRequests *requests { nullptr };              ///< Null while not published.
@@ -32,6 +33,7 @@ public:
     QStringList changed;
     QStringList removed;
     QList<bool> listening;
+    QList<std::pair<std::uint32_t, std::uint32_t>> backfill;
 };
 
 } // namespace vantry::test

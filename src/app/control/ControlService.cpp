@@ -5,16 +5,54 @@
 #include "sessions/PendingPermissionStore.h"
 #include "sessions/SessionChanges.h"
 #include "sessions/SessionManager.h"
+#include "terminal/TerminalBridge.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace vantry {
 
 using namespace Qt::StringLiterals;
 using Kind = ControlOutcome::Kind;
 
-static ControlOutcome noSuchSession()
+namespace {
+
+ControlOutcome noSuchSession()
 {
     return { Kind::NoSuchSession, u"there is no such session"_s };
 }
+
+ControlOutcome notPossible(const QString &reason)
+{
+    return { Kind::NotPossible, reason };
+}
+
+ControlOutcome hasFinished()
+{
+    return notPossible(u"the session has finished already"_s);
+}
+
+/// Turns the end of an action into the reply.
+SessionActions::Completion tell(ControlRequests::Reply reply)
+{
+    return [reply = std::move(reply)](const std::optional<QString> &failure) {
+        reply(failure ? notPossible(*failure) : ControlOutcome {});
+    };
+}
+
+std::optional<TerminalBridge::LaunchMode> launchMode(const QString &mode, const QString &sessionID)
+{
+    if (mode == u"fresh")
+        return TerminalBridge::Fresh {};
+    if (mode == u"continueLatest")
+        return TerminalBridge::ContinueLatest {};
+    // One that begins with a dash would be an option to the agent.
+    if (mode == u"resume" && !sessionID.isEmpty() && !sessionID.startsWith(u'-'))
+        return TerminalBridge::Resume { sessionID };
+    return std::nullopt;
+}
+
+} // namespace
 
 ControlService::ControlService(Services services, QString home)
     : m_services(services)
@@ -43,6 +81,13 @@ void ControlService::withdraw()
     m_services.endpoint.withdraw();
 }
 
+void ControlService::announceBackfill(std::size_t done, std::size_t total)
+{
+    constexpr std::size_t most = std::numeric_limits<std::uint32_t>::max();
+    m_services.endpoint.announceBackfill(static_cast<std::uint32_t>(std::min(done, most)),
+                                         static_cast<std::uint32_t>(std::min(total, most)));
+}
+
 bool ControlService::isListening() const
 {
     return m_services.httpServer.isRunning();
@@ -57,41 +102,82 @@ QString ControlService::list() const
         jsonLine(statusJson(true, isListening(), m_services.httpServer.port(), std::move(sessions))));
 }
 
-ControlOutcome ControlService::allow(const QString &sessionID)
+void ControlService::allow(const QString &sessionID, Reply reply)
 {
-    ControlOutcome outcome = canAllow(sessionID);
+    if (!isRefusedToAllow(sessionID, reply))
+        m_services.sessionActions.allow(sessionID, tell(std::move(reply)));
+}
+
+void ControlService::deny(const QString &sessionID, bool stop, Reply reply)
+{
+    using Denial = SessionActions::Denial;
+    const ControlOutcome outcome = canAnswer(sessionID);
     if (outcome.kind == Kind::Done)
-        m_services.sessionActions.allow(sessionID);
-    return outcome;
+        m_services.sessionActions.deny(sessionID, stop ? Denial::AgentStops : Denial::AgentGoesOn,
+                                       tell(std::move(reply)));
+    else
+        reply(outcome);
 }
 
-ControlOutcome ControlService::deny(const QString &sessionID, bool stop)
+void ControlService::alwaysAllow(const QString &sessionID, Reply reply)
 {
-    ControlOutcome outcome = canAnswer(sessionID);
-    if (outcome.kind == Kind::Done) {
-        using Denial = SessionActions::Denial;
-        m_services.sessionActions.deny(sessionID, stop ? Denial::AgentStops : Denial::AgentGoesOn);
-    }
-    return outcome;
+    if (!isRefusedToAllow(sessionID, reply))
+        m_services.sessionActions.alwaysAllow(sessionID, tell(std::move(reply)));
 }
 
-ControlOutcome ControlService::alwaysAllow(const QString &sessionID)
-{
-    ControlOutcome outcome = canAllow(sessionID);
-    if (outcome.kind == Kind::Done)
-        m_services.sessionActions.alwaysAllow(sessionID);
-    return outcome;
-}
-
-ControlOutcome ControlService::kill(const QString &sessionID)
+void ControlService::answer(const QString &sessionID, int index, Reply reply)
 {
     const SessionPtr session = m_services.sessionManager.session(sessionID);
     if (!session)
-        return noSuchSession();
-    if (!session->isAlive())
-        return { Kind::NotPossible, u"the session has finished already"_s };
-    m_services.sessionActions.killSession(sessionID);
-    return {};
+        reply(noSuchSession());
+    else if (!session->isAlive())
+        reply(hasFinished());
+    else
+        m_services.sessionActions.answerQuestion(sessionID, index, tell(std::move(reply)));
+}
+
+void ControlService::send(const QString &sessionID, const QString &text, Reply reply)
+{
+    // The action is called for an unknown session, too, and writes that to the log.
+    const bool isKnown = m_services.sessionManager.session(sessionID) != nullptr;
+    m_services.sessionActions.sendText(
+        sessionID, text, isKnown ? tell(std::move(reply)) : [reply = std::move(reply)](const std::optional<QString> &) {
+            reply(noSuchSession());
+        });
+}
+
+void ControlService::focus(const QString &sessionID, Reply reply)
+{
+    if (m_services.sessionManager.session(sessionID))
+        m_services.sessionActions.focusSession(sessionID, tell(std::move(reply)));
+    else
+        reply(noSuchSession());
+}
+
+void ControlService::kill(const QString &sessionID, Reply reply)
+{
+    const SessionPtr session = m_services.sessionManager.session(sessionID);
+    if (!session)
+        reply(noSuchSession());
+    else if (!session->isAlive())
+        reply(hasFinished());
+    else
+        m_services.sessionActions.killSession(sessionID, tell(std::move(reply)));
+}
+
+void ControlService::launch(const QString &path, const QString &mode, const QString &sessionID,
+                            const QString &permissionMode, Reply reply)
+{
+    const auto how = launchMode(mode, sessionID);
+    const auto permissions = agentPermissionModeFromRawValue(permissionMode);
+    if (!how)
+        reply(notPossible(u"an agent can't be started in this way: \"%1\" \"%2\""_s.arg(mode, sessionID)));
+    else if (!permissions)
+        reply(notPossible(u"there is no permission mode \"%1\""_s.arg(permissionMode)));
+    else if (!path.startsWith(u'/'))
+        reply(notPossible(u"the project's path has to be an absolute one"_s));
+    else
+        m_services.sessionActions.launch(path, *how, { *permissions }, tell(std::move(reply)));
 }
 
 void ControlService::quit()
@@ -107,15 +193,24 @@ ControlOutcome ControlService::canAnswer(const QString &sessionID) const
         return noSuchSession();
     if (session->state() == SessionState::needsPermission && session->isAlive())
         return {};
-    return { Kind::NotPossible, u"the session asks for no permission"_s };
+    return notPossible(u"the session asks for no permission"_s);
 }
 
-ControlOutcome ControlService::canAllow(const QString &sessionID) const
+bool ControlService::isRefusedToAllow(const QString &sessionID, const Reply &reply)
 {
-    ControlOutcome outcome = canAnswer(sessionID);
-    if (outcome.kind == Kind::Done && !m_services.pendingPermissions.firstHeld(sessionID))
-        return { Kind::NotPossible, u"the question is open in the session's terminal only; answer it there"_s };
-    return outcome;
+    const ControlOutcome outcome = canAnswer(sessionID);
+    if (outcome.kind != Kind::Done) {
+        reply(outcome);
+        return true;
+    }
+    const SessionPtr session = m_services.sessionManager.session(sessionID);
+    if (m_services.pendingPermissions.firstHeld(sessionID) || m_services.terminalBridge.canType(*session))
+        return false;
+    m_services.sessionActions.focusSession(sessionID, [reply](const std::optional<QString> &failure) {
+        reply(notPossible(failure ? u"the question is open in the session's terminal only; answer it there"_s
+                                  : u"the question is open in the session's terminal only, which is in front now"_s));
+    });
+    return true;
 }
 
 Json ControlService::jsonOf(const VantrySession &session) const

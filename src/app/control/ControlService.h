@@ -16,6 +16,7 @@ class PendingPermissionStore;
 class SessionActions;
 class SessionChanges;
 class SessionManager;
+class TerminalBridge;
 
 /// What other programs can see of the running application and ask of it: answers the calls of the control endpoint and
 /// announces changes on it. Main thread only.
@@ -31,6 +32,7 @@ public:
         const SessionManager &sessionManager;
         const PendingPermissionStore &pendingPermissions;
         SessionActions &sessionActions;
+        TerminalBridge &terminalBridge;
         const SessionChanges &changes;
         ControlEndpoint &endpoint;
     };
@@ -41,21 +43,29 @@ public:
     /// Takes the name and begins to announce.
     ControlEndpoint::Publication publish();
     void withdraw();
+    /// Tells how many of the old transcripts have been read.
+    void announceBackfill(std::size_t done, std::size_t total);
 
     [[nodiscard]] bool isListening() const override;
     [[nodiscard]] QString list() const override;
-    ControlOutcome allow(const QString &sessionID) override;
-    ControlOutcome deny(const QString &sessionID, bool stop) override;
-    ControlOutcome alwaysAllow(const QString &sessionID) override;
-    ControlOutcome kill(const QString &sessionID) override;
+    void allow(const QString &sessionID, Reply reply) override;
+    void deny(const QString &sessionID, bool stop, Reply reply) override;
+    void alwaysAllow(const QString &sessionID, Reply reply) override;
+    void answer(const QString &sessionID, int index, Reply reply) override;
+    void send(const QString &sessionID, const QString &text, Reply reply) override;
+    void focus(const QString &sessionID, Reply reply) override;
+    void kill(const QString &sessionID, Reply reply) override;
+    void launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode,
+                Reply reply) override;
     void quit() override;
 
     std::function<void()> onQuit; ///< Unset: the request is dropped.
 
 private:
-    /// Why the user's answer can't reach the session; done when it can.
+    /// Why the user's answer to a permission request can't reach the session; done when it can.
     [[nodiscard]] ControlOutcome canAnswer(const QString &sessionID) const;
-    [[nodiscard]] ControlOutcome canAllow(const QString &sessionID) const;
+    /// Where nothing is held and nothing can be typed, only the person at the terminal can allow. Replies then.
+    [[nodiscard]] bool isRefusedToAllow(const QString &sessionID, const Reply &reply);
     [[nodiscard]] Json jsonOf(const VantrySession &session) const;
     void announce(const QList<SessionPtr> &changed);
 

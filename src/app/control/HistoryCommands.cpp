@@ -1,59 +1,21 @@
 #include "app/control/HistoryCommands.h"
 
+#include "app/control/SessionHistory.h"
 #include "app/control/SessionJson.h"
 #include "app/control/StatusText.h"
-#include "sessions/SessionStore.h"
-
-#include <QFileInfo>
-
-#include <functional>
-#include <optional>
 
 namespace vantry {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-/// Turns what the store would write to the log into the command's one error line.
-class LastMessage final : public Log
+int runQuery(OutputForm form, const Paths &paths, Console &console, const Clock &clock, const HistoryQuery &query)
 {
-public:
-    using Log::write;
-    void write(std::string_view message) override { m_text = message; }
-    [[nodiscard]] const std::string &text() const { return m_text; }
-
-private:
-    std::string m_text;
-};
-
-using Query = std::function<QList<SessionSearchResult>(SessionStore &)>;
-
-int runQuery(OutputForm form, const Paths &paths, Console &console, const Clock &clock, const Query &query)
-{
-    QList<SessionSearchResult> results;
-    const QFileInfo database(paths.database());
-    // SQLite would wait for ever at a FIFO.
-    if (database.exists() && !database.isFile()) {
-        console.printError(u"%1 is not a database"_s.arg(database.filePath()).toStdString());
+    const auto answer = queryHistory(paths, clock, query);
+    if (const auto *problem = std::get_if<QString>(&answer)) {
+        console.printError(problem->toStdString());
         return exitCode::refused;
     }
-    if (database.exists()) {
-        LastMessage problem;
-        SessionStore store(paths.database(), clock, problem, SessionStore::Access::ReadOnly);
-        const bool isOpen = store.queue().sync([&] {
-            store.open();
-            if (store.isOpen())
-                results = query(store);
-            return store.isOpen();
-        });
-        store.queue().sync([&] { store.close(); });
-        if (!isOpen || (results.isEmpty() && !problem.text().empty())) {
-            console.printError(problem.text().empty() ? "the database can't be opened" : problem.text());
-            return exitCode::refused;
-        }
-    }
-    const Json document = resultsJson(results, clock.now(), paths.home);
+    const Json document = resultsJson(std::get<QList<SessionSearchResult>>(answer), clock.now(), paths.home);
     if (form == OutputForm::Json)
         console.print(jsonLine(document) + '\n');
     else

@@ -1,9 +1,13 @@
 #include "app/control/SessionCommands.h"
 
+#include "app/control/SessionHistory.h"
 #include "app/control/SessionJson.h"
 #include "app/control/StatusText.h"
 
+#include <QDir>
 #include <QEventLoop>
+#include <QFileInfo>
+#include <QUuid>
 
 #include <algorithm>
 #include <chrono>
@@ -48,6 +52,20 @@ int runOnSession(const QString &given, ControlClient &client, Console &console, 
     return failure ? fail(*failure, console) : exitCode::done;
 }
 
+/// As the bus knows it.
+QString modeName(command::Launch::Mode mode)
+{
+    switch (mode) {
+    case command::Launch::Mode::Fresh:
+        return u"fresh"_s;
+    case command::Launch::Mode::Resume:
+        return u"resume"_s;
+    case command::Launch::Mode::ContinueLatest:
+        return u"continueLatest"_s;
+    }
+    return {};
+}
+
 } // namespace
 
 SessionChoice chooseSession(const QStringList &ids, const QString &given)
@@ -59,8 +77,8 @@ SessionChoice chooseSession(const QStringList &ids, const QString &given)
     if (fitting.size() == 1)
         return { fitting.first(), {} };
     if (fitting.isEmpty())
-        return { std::nullopt, u"no session's ID begins with \"%1\""_s.arg(given) };
-    return { std::nullopt, u"\"%1\" fits several sessions: %2"_s.arg(given, fitting.join(u", ")) };
+        return { std::nullopt, u"no session's ID begins with \"%1\""_s.arg(given), false };
+    return { std::nullopt, u"\"%1\" fits several sessions: %2"_s.arg(given, fitting.join(u", ")), true };
 }
 
 int printNoList(const ControlFailure &failure, OutputForm form, Console &console, std::uint16_t port)
@@ -106,9 +124,51 @@ int runAlwaysAllow(const command::AlwaysAllow &command, ControlClient &client, C
     return runOnSession(command.id, client, console, [&](const QString &id) { return client.alwaysAllow(id); });
 }
 
+int runAnswer(const command::Answer &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console,
+                        [&](const QString &id) { return client.answer(id, command.index); });
+}
+
+int runSend(const command::Send &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.send(id, command.text); });
+}
+
+int runFocus(const command::Focus &command, ControlClient &client, Console &console)
+{
+    return runOnSession(command.id, client, console, [&](const QString &id) { return client.focus(id); });
+}
+
 int runKill(const command::Kill &command, ControlClient &client, Console &console)
 {
     return runOnSession(command.id, client, console, [&](const QString &id) { return client.kill(id); });
+}
+
+int runLaunch(const command::Launch &command, ControlClient &client, const Paths &paths, Console &console,
+              const Clock &clock)
+{
+    const QString path =
+        QDir::cleanPath(command.path.startsWith(u'/') ? command.path : QDir::currentPath() + u'/' + command.path);
+    if (!QFileInfo(path).isDir()) {
+        console.printError(u"there is no folder %1"_s.arg(path).toStdString());
+        return exitCode::refused;
+    }
+    QString sessionID;
+    if (command.mode == command::Launch::Mode::Resume) {
+        const auto found = findSession(command.sessionID, paths, clock, client);
+        const bool mayBeKnownToAgent = !QUuid::fromString(command.sessionID).isNull();
+        if (const auto *session = std::get_if<KnownSession>(&found)) {
+            sessionID = session->id;
+        } else if (mayBeKnownToAgent) {
+            sessionID = command.sessionID;
+        } else {
+            console.printError(std::get<QString>(found).toStdString());
+            return exitCode::refused;
+        }
+    }
+    const auto failure = client.launch(path, modeName(command.mode), sessionID, rawValue(command.permissionMode));
+    return failure ? fail(*failure, console) : exitCode::done;
 }
 
 int runQuit(ControlClient &client, Console &console, Scheduler &scheduler)

@@ -2,6 +2,8 @@
 
 #include "app/CommandLine.h"
 #include "app/control/Console.h"
+#include "base/Clock.h"
+#include "base/Paths.h"
 #include "base/Scheduler.h"
 #include "platform/ControlClient.h"
 
@@ -20,6 +22,7 @@ struct SessionChoice
 {
     std::optional<QString> id; ///< The whole identifier.
     QString reason;            ///< Why there is none; one line for a person.
+    bool fitsSeveral { false };
 };
 
 /// The one of these identifiers that the user means: the whole one, else the only one that begins so.
@@ -34,7 +37,15 @@ struct SessionChoice
 [[nodiscard]] int runAllow(const command::Allow &command, ControlClient &client, Console &console);
 [[nodiscard]] int runDeny(const command::Deny &command, ControlClient &client, Console &console);
 [[nodiscard]] int runAlwaysAllow(const command::AlwaysAllow &command, ControlClient &client, Console &console);
+[[nodiscard]] int runAnswer(const command::Answer &command, ControlClient &client, Console &console);
+[[nodiscard]] int runSend(const command::Send &command, ControlClient &client, Console &console);
+[[nodiscard]] int runFocus(const command::Focus &command, ControlClient &client, Console &console);
 [[nodiscard]] int runKill(const command::Kill &command, ControlClient &client, Console &console);
+
+/// The session to resume is looked for among the remembered ones, too; a whole identifier that is unknown here may
+/// still be known to the agent.
+[[nodiscard]] int runLaunch(const command::Launch &command, ControlClient &client, const Paths &paths, Console &console,
+                            const Clock &clock);
 
 /// Waits in an event loop, some seconds at most, until the application has gone.
 [[nodiscard]] int runQuit(ControlClient &client, Console &console, Scheduler &scheduler);

@@ -132,6 +132,11 @@ Json listeningJson(bool listening)
     return Json { { "event", "listening" }, { "listening", listening } };
 }
 
+Json backfillJson(std::uint32_t done, std::uint32_t total)
+{
+    return Json { { "event", "backfill" }, { "done", done }, { "total", total } };
+}
+
 std::string jsonString(const QString &text)
 {
     if (text.isValidUtf16())

@@ -41,6 +41,7 @@ struct SessionSurroundings
 [[nodiscard]] Json changedJson(Json session);
 [[nodiscard]] Json removedJson(const QString &sessionID);
 [[nodiscard]] Json listeningJson(bool listening);
+[[nodiscard]] Json backfillJson(std::uint32_t done, std::uint32_t total);
 
 /// UTF-8 for JSON; a lone surrogate becomes U+FFFD.
 [[nodiscard]] std::string jsonString(const QString &text);

@@ -165,6 +165,14 @@ SessionRow::SessionRow(const Json &session)
     toolName = displayText(textAt(session, "toolName"));
     toolDetail = displayText(textAt(session, "toolDetail"));
     lastUpdated = textAt(session, "lastUpdated");
+    terminalType = textAt(session, "terminalType");
+    terminalSessionID = textAt(session, "terminalSessionID");
+    const auto shell = session.find("shellPid");
+    if (shell != session.end() && shell->is_number_integer())
+        shellPid = shell->get<std::int64_t>();
+    const QString transcript = textAt(session, "transcriptPath");
+    if (!transcript.isEmpty())
+        transcriptPath = transcript;
     isAlive = flagAt(session, "isAlive");
     needsAttention = flagAt(session, "needsAttention");
     heldPermissions = numberAt(session, "heldPermissions");

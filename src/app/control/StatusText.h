@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <optional>
 
 namespace vantry {
@@ -30,6 +31,10 @@ struct SessionRow
     QString toolName;
     QString toolDetail;
     QString lastUpdated; ///< The stored form, which sorts.
+    QString terminalType;
+    QString terminalSessionID;
+    std::optional<std::int64_t> shellPid;
+    std::optional<QString> transcriptPath;
     bool isAlive { false };
     bool needsAttention { false };
     int heldPermissions { 0 };

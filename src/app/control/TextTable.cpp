@@ -84,6 +84,12 @@ bool turnsDirection(QChar c)
     return u == 0x061C || u == 0x200E || u == 0x200F || (u >= 0x202A && u <= 0x202E) || (u >= 0x2066 && u <= 0x2069);
 }
 
+QString harmless(QString line)
+{
+    line.removeIf(turnsDirection);
+    return QString::fromStdString(escapeControlCharacters(line.toStdString()));
+}
+
 const char *codesOf(Paint paint)
 {
     switch (paint) {
@@ -113,9 +119,19 @@ constexpr int usefulLastColumn = 24;
 
 QString displayText(const QString &text)
 {
-    QString line = text.simplified();
-    line.removeIf(turnsDirection);
-    return QString::fromStdString(escapeControlCharacters(line.toStdString()));
+    return harmless(text.simplified());
+}
+
+QStringList displayLines(const QString &text)
+{
+    QStringList lines;
+    for (QString line : text.split(u'\n')) {
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        line.replace(u'\t', u"    "_s);
+        lines.append(harmless(std::move(line)));
+    }
+    return lines;
 }
 
 int displayWidth(QStringView text)

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QMap>
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 #include <string>
@@ -16,6 +17,8 @@ namespace vantry {
 /// Text from outside as one line that can't steer the terminal: runs of whitespace become one blank, control characters
 /// are escaped, characters that turn the writing direction are left out.
 [[nodiscard]] QString displayText(const QString &text);
+/// The same for a text of several lines: its lines as they stand, blanks at their fronts included.
+[[nodiscard]] QStringList displayLines(const QString &text);
 /// How many columns the text takes: roughly, as terminals count. Wide characters and emoji take two.
 [[nodiscard]] int displayWidth(QStringView text);
 /// The text cut to so many columns, with "…" at its end if something was left out.

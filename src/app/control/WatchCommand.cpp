@@ -31,6 +31,7 @@ std::optional<int> WatchCommand::start(std::uint16_t port)
     m_client.follow({ .onChanged = [this](const QString &session) { printChanged(session); },
                       .onRemoved = [this](const QString &id) { printRemoved(id); },
                       .onListening = [this](bool listening) { printListening(listening); },
+                      .onBackfill = [this](std::uint32_t done, std::uint32_t total) { printBackfill(done, total); },
                       .onGone = [this] { finish(exitCode::notRunning); } });
     const auto reply = m_client.list();
     if (const auto *document = std::get_if<QString>(&reply))
@@ -85,6 +86,14 @@ void WatchCommand::printListening(bool listening)
     else
         printLine(u"%1  %2\n"_s.arg(timeText(), listening ? u"Listening for agents"_s : u"Not listening for agents"_s)
                       .toStdString());
+}
+
+void WatchCommand::printBackfill(std::uint32_t done, std::uint32_t total)
+{
+    if (m_form == OutputForm::Json)
+        printLine(jsonLine(backfillJson(done, total)) + '\n');
+    else
+        printLine(u"%1  Read %2 of %3 old transcripts\n"_s.arg(timeText()).arg(done).arg(total).toStdString());
 }
 
 void WatchCommand::printLine(const std::string &line)

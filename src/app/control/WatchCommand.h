@@ -35,6 +35,7 @@ private:
     void printChanged(const QString &sessionJson);
     void printRemoved(const QString &sessionID);
     void printListening(bool listening);
+    void printBackfill(std::uint32_t done, std::uint32_t total);
     void printLine(const std::string &line);
     [[nodiscard]] QString shortID(const QString &id) const;
     [[nodiscard]] QString timeText() const;

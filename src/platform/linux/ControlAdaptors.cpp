@@ -3,6 +3,10 @@
 #include "platform/linux/DBusControlEndpoint.h"
 #include "platform/linux/SessionBus.h"
 
+#include <QPointer>
+
+#include <utility>
+
 namespace vantry {
 
 using namespace Qt::StringLiterals;
@@ -25,31 +29,77 @@ QString SessionsAdaptor::List(const QDBusMessage &call)
 
 void SessionsAdaptor::Allow(const QString &id, const QDBusMessage &call)
 {
-    refuseUnlessDone(m_requests.allow(id), call);
+    m_requests.allow(id, replyTo(call));
 }
 
 void SessionsAdaptor::Deny(const QString &id, bool stop, const QDBusMessage &call)
 {
-    refuseUnlessDone(m_requests.deny(id, stop), call);
+    m_requests.deny(id, stop, replyTo(call));
 }
 
 void SessionsAdaptor::AlwaysAllow(const QString &id, const QDBusMessage &call)
 {
-    refuseUnlessDone(m_requests.alwaysAllow(id), call);
+    m_requests.alwaysAllow(id, replyTo(call));
+}
+
+void SessionsAdaptor::Answer(const QString &id, int index, const QDBusMessage &call)
+{
+    m_requests.answer(id, index, replyTo(call));
+}
+
+void SessionsAdaptor::Send(const QString &id, const QString &text, const QDBusMessage &call)
+{
+    m_requests.send(id, text, replyTo(call));
+}
+
+void SessionsAdaptor::Focus(const QString &id, const QDBusMessage &call)
+{
+    m_requests.focus(id, replyTo(call));
 }
 
 void SessionsAdaptor::Kill(const QString &id, const QDBusMessage &call)
 {
-    refuseUnlessDone(m_requests.kill(id), call);
+    m_requests.kill(id, replyTo(call));
 }
 
-void SessionsAdaptor::refuseUnlessDone(const ControlOutcome &outcome, const QDBusMessage &call)
+void SessionsAdaptor::Launch(const QString &path, const QString &mode, const QString &session,
+                             const QString &permissionMode, const QDBusMessage &call)
 {
-    if (outcome.kind == ControlOutcome::Kind::Done)
-        return;
-    const auto *name = outcome.kind == ControlOutcome::Kind::NoSuchSession ? bus::noSuchSession : bus::notPossible;
+    m_requests.launch(path, mode, session, permissionMode, replyTo(call));
+}
+
+ControlRequests::Reply SessionsAdaptor::replyTo(const QDBusMessage &call)
+{
     call.setDelayedReply(true);
+    const std::uint64_t number = ++m_lastNumber;
+    m_unanswered.insert(number, call);
+    return [adaptor = QPointer(this), number](const ControlOutcome &outcome) {
+        if (adaptor)
+            adaptor->reply(number, outcome);
+    };
+}
+
+void SessionsAdaptor::reply(std::uint64_t number, const ControlOutcome &outcome)
+{
+    const auto found = m_unanswered.find(number);
+    if (found == m_unanswered.end())
+        return;
+    const QDBusMessage call = *found;
+    m_unanswered.erase(found);
+    if (outcome.kind == ControlOutcome::Kind::Done) {
+        m_connection.send(call.createReply());
+        return;
+    }
+    const auto *name = outcome.kind == ControlOutcome::Kind::NoSuchSession ? bus::noSuchSession : bus::notPossible;
     m_connection.send(call.createErrorReply(QString::fromLatin1(name), outcome.reason));
+}
+
+bool SessionsAdaptor::refuseUnanswered()
+{
+    const auto calls = std::exchange(m_unanswered, {});
+    for (const QDBusMessage &call : calls)
+        m_connection.send(call.createErrorReply(QDBusError::Failed, u"Vantry has ended before this was done"_s));
+    return !calls.isEmpty();
 }
 
 ApplicationAdaptor::ApplicationAdaptor(ControlRequests &requests, const QDBusConnection &connection, QObject *parent)

@@ -5,8 +5,11 @@
 #include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QMap>
 #include <QVariantList>
 #include <QVariantMap>
+
+#include <cstdint>
 
 namespace vantry {
 
@@ -22,23 +25,35 @@ public:
     SessionsAdaptor(ControlRequests &requests, const QDBusConnection &connection, QObject *parent);
 
     [[nodiscard]] bool isListening() const { return m_requests.isListening(); }
+    /// Tells all who wait for an outcome that there will be none. False when there were none.
+    bool refuseUnanswered();
 
 public Q_SLOTS: // NOLINT(readability-redundant-access-specifiers)
     QString List(const QDBusMessage &call);
     void Allow(const QString &id, const QDBusMessage &call);
     void Deny(const QString &id, bool stop, const QDBusMessage &call);
     void AlwaysAllow(const QString &id, const QDBusMessage &call);
+    void Answer(const QString &id, int index, const QDBusMessage &call);
+    void Send(const QString &id, const QString &text, const QDBusMessage &call);
+    void Focus(const QString &id, const QDBusMessage &call);
     void Kill(const QString &id, const QDBusMessage &call);
+    void Launch(const QString &path, const QString &mode, const QString &session, const QString &permissionMode,
+                const QDBusMessage &call);
 
 Q_SIGNALS:
     void Changed(const QString &session);
     void Removed(const QString &id);
+    void Backfill(uint done, uint total);
 
 private:
-    void refuseUnlessDone(const ControlOutcome &outcome, const QDBusMessage &call);
+    /// What answers the call with the outcome, whenever that comes.
+    [[nodiscard]] ControlRequests::Reply replyTo(const QDBusMessage &call);
+    void reply(std::uint64_t number, const ControlOutcome &outcome);
 
     ControlRequests &m_requests;
     QDBusConnection m_connection;
+    QMap<std::uint64_t, QDBusMessage> m_unanswered; ///< By number, in the order of their coming.
+    std::uint64_t m_lastNumber { 0 };
 };
 
 /// The interface org.freedesktop.Application, by which a desktop starts, shows and ends an application.

@@ -11,8 +11,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long one call may take. The application answers on its main thread, which never waits this long.
-constexpr std::chrono::milliseconds callTimeout = 10s;
+/// How long one call may take. The application's main thread never waits this long; terminals, which it asks one after
+/// the other when it launches an agent, have two seconds each.
+constexpr std::chrono::milliseconds callTimeout = 20s;
 
 ControlFailure failureFrom(const QDBusMessage &reply)
 {
@@ -68,6 +69,27 @@ std::optional<ControlFailure> DBusControlClient::alwaysAllow(const QString &sess
     return command(bus::sessionsInterface, "AlwaysAllow", { sessionID });
 }
 
+std::optional<ControlFailure> DBusControlClient::answer(const QString &sessionID, int index)
+{
+    return command(bus::sessionsInterface, "Answer", { sessionID, index });
+}
+
+std::optional<ControlFailure> DBusControlClient::send(const QString &sessionID, const QString &text)
+{
+    return command(bus::sessionsInterface, "Send", { sessionID, text });
+}
+
+std::optional<ControlFailure> DBusControlClient::focus(const QString &sessionID)
+{
+    return command(bus::sessionsInterface, "Focus", { sessionID });
+}
+
+std::optional<ControlFailure> DBusControlClient::launch(const QString &path, const QString &mode,
+                                                        const QString &sessionID, const QString &permissionMode)
+{
+    return command(bus::sessionsInterface, "Launch", { path, mode, sessionID, permissionMode });
+}
+
 std::optional<ControlFailure> DBusControlClient::kill(const QString &sessionID)
 {
     return command(bus::sessionsInterface, "Kill", { sessionID });
@@ -92,6 +114,7 @@ void DBusControlClient::follow(Listener listener)
     const QString sessions = QString::fromLatin1(bus::sessionsInterface);
     m_bus->connect(service, path, sessions, u"Changed"_s, this, SLOT(changed(QString)));
     m_bus->connect(service, path, sessions, u"Removed"_s, this, SLOT(removed(QString)));
+    m_bus->connect(service, path, sessions, u"Backfill"_s, this, SLOT(backfill(uint, uint)));
     m_bus->connect(service, path, QString::fromLatin1(bus::propertiesInterface), u"PropertiesChanged"_s, this,
                    SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
     m_bus->connect(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
@@ -110,6 +133,12 @@ void DBusControlClient::removed(const QString &sessionID)
 {
     if (m_listener.onRemoved)
         m_listener.onRemoved(sessionID);
+}
+
+void DBusControlClient::backfill(uint done, uint total)
+{
+    if (m_listener.onBackfill)
+        m_listener.onBackfill(done, total);
 }
 
 void DBusControlClient::propertiesChanged(const QString &interface, const QVariantMap &values, const QStringList &)

@@ -23,7 +23,12 @@ public:
     [[nodiscard]] std::optional<ControlFailure> allow(const QString &sessionID) override;
     [[nodiscard]] std::optional<ControlFailure> deny(const QString &sessionID, bool stop) override;
     [[nodiscard]] std::optional<ControlFailure> alwaysAllow(const QString &sessionID) override;
+    [[nodiscard]] std::optional<ControlFailure> answer(const QString &sessionID, int index) override;
+    [[nodiscard]] std::optional<ControlFailure> send(const QString &sessionID, const QString &text) override;
+    [[nodiscard]] std::optional<ControlFailure> focus(const QString &sessionID) override;
     [[nodiscard]] std::optional<ControlFailure> kill(const QString &sessionID) override;
+    [[nodiscard]] std::optional<ControlFailure>
+    launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode) override;
     [[nodiscard]] std::optional<ControlFailure> activate() override;
     [[nodiscard]] std::optional<ControlFailure> quit() override;
     void follow(Listener listener) override;
@@ -32,6 +37,7 @@ private Q_SLOTS:
     // Found by name, as Qt connects signals of the bus.
     void changed(const QString &sessionJson);
     void removed(const QString &sessionID);
+    void backfill(uint done, uint total);
     void propertiesChanged(const QString &interface, const QVariantMap &values, const QStringList &invalidated);
     void ownerChanged(const QString &name, const QString &oldOwner, const QString &newOwner);
     void disconnected();

@@ -6,9 +6,14 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 
+#include <chrono>
+
 namespace vantry {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+static constexpr std::chrono::milliseconds flushTimeout = 1s;
 
 DBusControlEndpoint::DBusControlEndpoint(QString address)
     : m_address(std::move(address))
@@ -48,6 +53,12 @@ ControlEndpoint::Publication DBusControlEndpoint::publish(ControlRequests &reque
 
 void DBusControlEndpoint::withdraw()
 {
+    if (m_sessions && m_sessions->refuseUnanswered()) {
+        // What waits to be sent would be lost with the connection; once the bus has answered, it is out.
+        auto flush = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                                    QString::fromLatin1(bus::peerInterface), u"Ping"_s);
+        (*m_bus)->call(flush, QDBus::Block, static_cast<int>(flushTimeout.count()));
+    }
     m_sessions = nullptr;
     m_object.reset();
     m_bus.reset();
@@ -63,6 +74,12 @@ void DBusControlEndpoint::announceRemoved(const QString &sessionID)
 {
     if (m_sessions && sessionID.size() <= maximumTextLength)
         Q_EMIT m_sessions->Removed(sessionID);
+}
+
+void DBusControlEndpoint::announceBackfill(std::uint32_t done, std::uint32_t total)
+{
+    if (m_sessions)
+        Q_EMIT m_sessions->Backfill(done, total);
 }
 
 void DBusControlEndpoint::announceListening(bool listening)

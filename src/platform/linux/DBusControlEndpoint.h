@@ -30,6 +30,7 @@ public:
     void announceChanged(const QString &sessionJson) override;
     void announceRemoved(const QString &sessionID) override;
     void announceListening(bool listening) override;
+    void announceBackfill(std::uint32_t done, std::uint32_t total) override;
 
 private:
     const QString m_address;

@@ -12,6 +12,7 @@ inline constexpr auto objectPath = "/com/vantry/app";
 inline constexpr auto sessionsInterface = "com.vantry.Sessions";
 inline constexpr auto applicationInterface = "org.freedesktop.Application";
 inline constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties";
+inline constexpr auto peerInterface = "org.freedesktop.DBus.Peer";
 inline constexpr auto noSuchSession = "com.vantry.Error.NoSuchSession";
 inline constexpr auto notPossible = "com.vantry.Error.NotPossible";
 inline constexpr auto quitAction = "quit";
