@@ -1,9 +1,11 @@
 #include "transcripts/RecentProjects.h"
 
+#include "base/JsonScalars.h"
 #include "base/Text.h"
 #include "transcripts/ProjectFolder.h"
 #include "transcripts/TranscriptFile.h"
-#include "transcripts/TranscriptRecord.h"
+#include "transcripts/TranscriptLine.h"
+#include "transcripts/TranscriptLines.h"
 
 #include <QFile>
 
@@ -108,14 +110,18 @@ std::vector<Folder> readFolders(const std::string &root)
     return folders;
 }
 
-/// What `read` gives for the first line of a transcript's beginning for which it gives something.
+/// What `read` gives for the first line of a transcript's beginning for which it gives something. The text ends in
+/// TranscriptLines::padding bytes that don't belong to it.
 template <typename Function>
 std::optional<QString> firstOfLines(std::string_view text, Function &&read)
 {
+    text.remove_suffix(TranscriptLines::padding);
+    TranscriptLineReader reader;
     while (!text.empty()) {
         const std::size_t feed = std::min(text.find('\n'), text.size());
-        if (const auto record = TranscriptRecord::parse(text.substr(0, feed))) {
-            if (std::optional<QString> result = read(*record))
+        if (const std::optional<TranscriptLine> line = reader.read(text.substr(0, feed))) {
+            std::optional<QString> result = read(*line);
+            if (result && reader.isSound())
                 return result;
         }
         text.remove_prefix(std::min(feed + 1, text.size()));
@@ -123,10 +129,19 @@ std::optional<QString> firstOfLines(std::string_view text, Function &&read)
     return std::nullopt;
 }
 
+/// So many bytes of a transcript at most, with TranscriptLines::padding more behind them.
 std::optional<std::string> beginning(const std::string &path, std::size_t length)
 {
     const auto file = TranscriptFile::open(QFile::decodeName(path.c_str()));
-    return file ? file->read(0, length) : std::nullopt;
+    std::optional<std::string> text = file ? file->read(0, length) : std::nullopt;
+    if (text)
+        text->append(TranscriptLines::padding, '\0');
+    return text;
+}
+
+std::optional<QString> decoded(std::optional<std::string_view> insideOfString)
+{
+    return insideOfString ? decodeJsonString(*insideOfString) : std::nullopt;
 }
 
 std::optional<QString> firstMessage(const std::string &path)
@@ -134,11 +149,10 @@ std::optional<QString> firstMessage(const std::string &path)
     const std::optional<std::string> text = beginning(path, firstMessageReach);
     if (!text || !simdjson::validate_utf8(*text))
         return std::nullopt;
-    return firstOfLines(*text, [](const TranscriptRecord &record) -> std::optional<QString> {
-        if (record.string("type") != u"user")
+    return firstOfLines(*text, [](const TranscriptLine &line) -> std::optional<QString> {
+        if (!jsonStringIs(line.type, "user") || !line.message)
             return std::nullopt;
-        const auto message = record.object("message");
-        const std::optional<QString> content = message ? message->string("content") : std::nullopt;
+        const std::optional<QString> content = decoded(stringOf(*line.message));
         const QStringView shown = content ? trimmedWhitespace(*content) : QStringView();
         if (shown.isEmpty())
             return std::nullopt;
@@ -153,7 +167,7 @@ std::optional<QString> namedDirectory(const std::string &path)
 {
     const std::optional<std::string> text = beginning(path, directoryReach);
     const std::optional<QString> directory =
-        text ? firstOfLines(*text, [](const TranscriptRecord &record) { return record.string("cwd"); }) : std::nullopt;
+        text ? firstOfLines(*text, [](const TranscriptLine &line) { return decoded(line.cwd); }) : std::nullopt;
     if (!directory || !directory->startsWith(u'/') || directory->contains(QChar::Null))
         return std::nullopt;
     return isDirectory(QFile::encodeName(*directory).toStdString()) ? directory : std::nullopt;

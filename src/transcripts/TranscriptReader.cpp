@@ -1,19 +1,21 @@
 #include "transcripts/TranscriptReader.h"
 
+#include "base/JsonReader.h"
+#include "base/JsonScalars.h"
 #include "base/Text.h"
 #include "sessions/SessionManager.h"
 #include "transcripts/TranscriptFile.h"
-#include "transcripts/TranscriptRecord.h"
-#include "transcripts/TranscriptTail.h"
+#include "transcripts/TranscriptLines.h"
+#include "transcripts/TranscriptMessage.h"
 
 #include <QList>
 
 #include <simdjson.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace vantry {
 namespace {
@@ -21,43 +23,78 @@ namespace {
 constexpr std::int64_t contextSize = 200'000; ///< Tokens.
 constexpr std::chrono::seconds quietAfterEvent { 2 };
 
-/// Calls `decide` with the text's lines from the last to the first, empty ones left out, until it returns a value.
-template <typename Function>
-auto firstFromEnd(std::string_view text, Function &&decide) -> decltype(decide(text))
+/// What a tail tells of each question; nothing until a line has decided it.
+struct Findings
 {
-    while (!text.empty()) {
-        const std::size_t feed = text.rfind('\n');
-        const std::string_view line = feed == std::string_view::npos ? text : text.substr(feed + 1);
-        if (!line.empty()) {
-            if (auto decision = decide(line))
-                return decision;
-        }
-        text = text.substr(0, feed == std::string_view::npos ? 0 : feed);
+    std::optional<int> contextFreePercent;
+    std::optional<bool> isIdle;
+    std::optional<bool> isInterrupted;
+};
+
+/// A line of a tail; the lines that decide nothing aren't looked at in full.
+class TailLine
+{
+public:
+    TailLine(std::string_view text, TranscriptLineReader &reader)
+        : m_text(text)
+        , m_reader(reader)
+        , m_line(reader.read(text))
+    {}
+
+    [[nodiscard]] bool hasType() const { return m_line && m_line->type; }
+    [[nodiscard]] bool isOf(std::string_view type) const { return hasType() && jsonStringIs(m_line->type, type); }
+    [[nodiscard]] bool isApiError() const { return m_line->isApiErrorMessage; }
+    [[nodiscard]] QString userText() const { return m_line->message ? extractText(*m_line->message) : QString(); }
+    [[nodiscard]] std::string_view text() const { return m_text; }
+    [[nodiscard]] bool isSound()
+    {
+        if (!m_isSound)
+            m_isSound = m_reader.isSound();
+        return *m_isSound;
     }
-    return {};
-}
 
-bool contains(std::string_view line, std::string_view word)
+private:
+    std::string_view m_text;
+    TranscriptLineReader &m_reader;
+    std::optional<TranscriptLine> m_line;
+    std::optional<bool> m_isSound;
+};
+
+/// The source text of a member of a sound object, empty when there is none or no object; the last of a doubled key.
+std::string_view member(std::string_view object, std::string_view key)
 {
-    return ::memmem(line.data(), line.size(), word.data(), word.size()) != nullptr;
+    std::string_view found;
+    JsonReader reader(object);
+    if (reader.next() != JsonReader::Kind::Object)
+        return found;
+    reader.readObject([&](std::string_view name) {
+        const std::string_view value = reader.readValue();
+        if (jsonStringIs(name, key))
+            found = value;
+    });
+    return found;
 }
 
-/// Whether a string of the line can be one of these words: they stand there, or something is written as an escape.
-/// Tells most lines apart without parsing them.
-template <std::size_t Count>
-bool mayHold(std::string_view line, const std::array<std::string_view, Count> &quotedWords)
+bool isString(std::string_view source, std::string_view text)
 {
-    return std::ranges::any_of(quotedWords, [&](std::string_view word) { return contains(line, word); }) ||
-           contains(line, "\\u");
+    JsonReader reader(source);
+    return reader.next() == JsonReader::Kind::String && jsonStringIs(reader.readString(), text);
 }
 
-std::int64_t usedPercent(const TranscriptRecord &usage)
+bool isObject(std::string_view source)
+{
+    return JsonReader(source).next() == JsonReader::Kind::Object;
+}
+
+std::int64_t usedPercent(std::string_view usage)
 {
     std::int64_t total = 0;
     for (const std::string_view key : { "input_tokens", "cache_creation_input_tokens", "cache_read_input_tokens" }) {
         // Far more than any context holds, and far from an overflow.
         constexpr std::int64_t most = 1'000'000'000'000;
-        total += std::clamp(usage.integer(key).value_or(0), -most, most);
+        const std::string_view count = member(usage, key);
+        if (isJsonNumber(count))
+            total += std::clamp(exactJsonInteger(count).value_or(0), -most, most);
     }
     return std::clamp<std::int64_t>(total * 100 / contextSize, 0, 100);
 }
@@ -65,6 +102,63 @@ std::int64_t usedPercent(const TranscriptRecord &usage)
 bool isInterruption(const QString &text)
 {
     return text == u"[Request interrupted by user]" || text == u"[Request interrupted by user for tool use]";
+}
+
+std::optional<int> contextFreePercentOf(TailLine &line)
+{
+    if (!line.isOf("assistant") || !line.isSound())
+        return std::nullopt;
+    const std::string_view usage = member(member(line.text(), "message"), "usage");
+    return isObject(usage) ? std::optional(100 - static_cast<int>(usedPercent(usage))) : std::nullopt;
+}
+
+std::optional<bool> isIdleBy(TailLine &line)
+{
+    if (!line.hasType() || line.isOf("progress") || !line.isSound())
+        return std::nullopt;
+    if (line.isOf("assistant"))
+        return isString(member(member(line.text(), "message"), "stop_reason"), "end_turn");
+    return line.isOf("result");
+}
+
+std::optional<bool> isInterruptedBy(TailLine &line)
+{
+    const bool isAssistant = line.isOf("assistant");
+    if (!(isAssistant || line.isOf("user")) || !line.isSound())
+        return std::nullopt;
+    return isAssistant ? line.isApiError() : isInterruption(line.userText());
+}
+
+enum class Asked { Context, ContextAndTurn };
+
+/// Goes through the text's lines from the last to the first until they have decided what is asked. Behind the text
+/// stand TranscriptLines::padding bytes.
+Findings look(std::string_view text, TranscriptLineReader &reader, Asked asked)
+{
+    Findings found;
+    const bool asksForTurn = asked == Asked::ContextAndTurn;
+    while (!text.empty() && !(found.contextFreePercent && (!asksForTurn || (found.isIdle && found.isInterrupted)))) {
+        const void *feed = ::memrchr(text.data(), '\n', text.size());
+        const std::size_t begin =
+            feed ? static_cast<std::size_t>(static_cast<const char *>(feed) - text.data()) + 1 : 0;
+        TailLine line(text.substr(begin), reader);
+        text = text.substr(0, begin > 0 ? begin - 1 : 0);
+        if (!found.contextFreePercent)
+            found.contextFreePercent = contextFreePercentOf(line);
+        if (asksForTurn && !found.isIdle)
+            found.isIdle = isIdleBy(line);
+        if (asksForTurn && !found.isInterrupted)
+            found.isInterrupted = isInterruptedBy(line);
+    }
+    return found;
+}
+
+Findings look(std::string_view text)
+{
+    std::string padded(text);
+    padded.append(TranscriptLines::padding, '\0');
+    TranscriptLineReader reader;
+    return look(std::string_view(padded).substr(0, text.size()), reader, Asked::ContextAndTurn);
 }
 
 } // namespace
@@ -106,19 +200,21 @@ void TranscriptReader::checkSession(const SessionPtr &session)
     if (!path)
         return;
     const std::optional<TranscriptFile> file = TranscriptFile::open(*path);
-    const std::optional<std::string> text = file ? readTranscriptTail(*file) : std::nullopt;
+    const std::optional<std::string_view> text = file ? m_tail.read(*file) : std::nullopt;
     if (!text || !simdjson::validate_utf8(*text))
         return;
 
-    if (const std::optional<int> percent = contextFreePercent(*text)) {
-        m_log.write(QString(name + QStringLiteral(" contextPercent=%1%").arg(*percent)));
-        session->setContextPercent(percent);
+    const bool isWorking = session->state() == SessionState::working;
+    const Findings found = look(*text, m_lines, isWorking ? Asked::ContextAndTurn : Asked::Context);
+    if (found.contextFreePercent) {
+        m_log.write(QString(name + QStringLiteral(" contextPercent=%1%").arg(*found.contextFreePercent)));
+        session->setContextPercent(found.contextFreePercent);
     }
-    if (session->state() != SessionState::working)
+    if (!isWorking)
         return;
-    if (transcriptLooksIdle(*text))
+    if (found.isIdle.value_or(false))
         m_log.write(QString(name + QStringLiteral(" detected idle from transcript")));
-    else if (!hasJustHadEvent(*session) && transcriptLooksInterrupted(*text))
+    else if (found.isInterrupted.value_or(false) && !hasJustHadEvent(*session))
         m_log.write(QString(name + QStringLiteral(" detected interruption from transcript")));
     else
         return;
@@ -135,50 +231,17 @@ bool TranscriptReader::hasJustHadEvent(const VantrySession &session) const
 
 std::optional<int> TranscriptReader::contextFreePercent(std::string_view text)
 {
-    using namespace std::string_view_literals;
-    return firstFromEnd(text, [](std::string_view line) -> std::optional<int> {
-        if (!mayHold(line, std::array { "\"usage\""sv }))
-            return std::nullopt;
-        const auto record = TranscriptRecord::parse(line);
-        if (!record || record->string("type") != u"assistant")
-            return std::nullopt;
-        const auto message = record->object("message");
-        const auto usage = message ? message->object("usage") : std::nullopt;
-        return usage ? std::optional(100 - static_cast<int>(usedPercent(*usage))) : std::nullopt;
-    });
+    return look(text).contextFreePercent;
 }
 
 bool TranscriptReader::transcriptLooksIdle(std::string_view text)
 {
-    const std::optional<bool> isIdle = firstFromEnd(text, [](std::string_view line) -> std::optional<bool> {
-        const auto record = TranscriptRecord::parse(line);
-        const std::optional<QString> type = record ? record->string("type") : std::nullopt;
-        if (!type || *type == u"progress")
-            return std::nullopt;
-        if (*type != u"assistant")
-            return *type == u"result";
-        const auto message = record->object("message");
-        return message && message->string("stop_reason") == u"end_turn";
-    });
-    return isIdle.value_or(false);
+    return look(text).isIdle.value_or(false);
 }
 
 bool TranscriptReader::transcriptLooksInterrupted(std::string_view text)
 {
-    using namespace std::string_view_literals;
-    const std::optional<bool> isInterrupted = firstFromEnd(text, [](std::string_view line) -> std::optional<bool> {
-        if (!mayHold(line, std::array { "\"user\""sv, "\"assistant\""sv }))
-            return std::nullopt;
-        const auto record = TranscriptRecord::parse(line);
-        const std::optional<QString> type = record ? record->string("type") : std::nullopt;
-        if (type == u"assistant")
-            return record->isTrue("isApiErrorMessage");
-        if (type != u"user")
-            return std::nullopt;
-        const auto message = record->object("message");
-        return message && isInterruption(message->contentText());
-    });
-    return isInterrupted.value_or(false);
+    return look(text).isInterrupted.value_or(false);
 }
 
 } // namespace vantry

@@ -4,6 +4,8 @@
 #include "base/DebugLog.h"
 #include "base/Scheduler.h"
 #include "sessions/VantrySession.h"
+#include "transcripts/TranscriptLine.h"
+#include "transcripts/TranscriptTail.h"
 
 #include <QPointer>
 #include <QString>
@@ -16,8 +18,8 @@ namespace vantry {
 class SessionManager;
 
 /// Learns from the tails of the transcripts what hook events don't tell: the free share of the context of each alive
-/// session, and that a turn is over. Reads the files on each tick afresh and remembers nothing. Main thread only, but
-/// for the pure functions.
+/// session, and that a turn is over. Reads the files on each tick afresh and remembers nothing of them. Main thread
+/// only, but for the pure functions.
 class TranscriptReader
 {
 public:
@@ -48,6 +50,8 @@ private:
     Scheduler &m_scheduler;
     const Clock &m_clock;
     Log &m_log;
+    TranscriptTail m_tail;
+    TranscriptLineReader m_lines;
     ScheduledTimer m_timer;
 };
 

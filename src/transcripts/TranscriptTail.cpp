@@ -1,57 +1,80 @@
 #include "transcripts/TranscriptTail.h"
 
+#include "transcripts/TranscriptLines.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
+#include <cstring>
+#include <span>
 
 namespace vantry {
-namespace {
 
-/// What stands before the bytes that were read of a file.
-enum class Before { Nothing, More, TooFar };
-
-/// Where the tail begins in the last bytes of a file. Nothing when that can't be told without more of them.
-std::optional<std::size_t> beginOfTail(std::string_view bytes, Before before)
+std::optional<std::string_view> TranscriptTail::read(const TranscriptFile &file)
 {
-    std::size_t begin = bytes.size() - std::min(bytes.size(), transcriptTailLength);
-    bool hasSteppedBack = false;
-    while (begin > 0) {
-        const std::size_t feedBefore = bytes.rfind('\n', begin - 1);
-        const bool beginsBefore = feedBefore == std::string_view::npos && before != Before::Nothing;
-        if (beginsBefore && before == Before::More)
-            return std::nullopt;
-        const std::size_t lineBegin = feedBefore == std::string_view::npos ? 0 : feedBefore + 1;
-        const std::size_t lineEnd = std::min(bytes.find('\n', begin), bytes.size());
-        if (beginsBefore || lineEnd - lineBegin <= transcriptTailLength)
-            return hasSteppedBack && lineBegin < begin ? lineEnd + 1 : begin;
-        if (lineBegin < transcriptTailLength && before == Before::More)
-            return std::nullopt;
-        begin = lineBegin - std::min(lineBegin, transcriptTailLength);
-        hasSteppedBack = true;
+    if (!m_buffer) {
+        // Left unset: memory that nobody touches costs nothing.
+        m_buffer.reset(new char[longestTranscriptTail + TranscriptLines::padding]);
+        std::memset(m_buffer.get() + longestTranscriptTail, 0, TranscriptLines::padding);
     }
-    const bool isCut = hasSteppedBack && before != Before::Nothing;
-    return isCut ? bytes.find('\n') + 1 : 0;
+    m_file = &file;
+    m_size = file.size();
+    m_loaded = 0;
+    m_reach = static_cast<std::size_t>(std::min<std::uint64_t>(m_size, longestTranscriptTail));
+    const std::optional<std::size_t> begin = findBegin();
+    m_file = nullptr;
+    return begin ? std::optional(std::string_view(at(*begin), *begin)) : std::nullopt;
 }
 
-} // namespace
-
-std::optional<std::string> readTranscriptTail(const TranscriptFile &file)
+std::optional<std::size_t> TranscriptTail::findBegin()
 {
-    const std::uint64_t size = file.size();
-    // Twice the tail is enough to see how long an ordinary line at the cut is.
-    for (std::size_t length = 2 * transcriptTailLength; length <= longestTranscriptTail; length *= 2) {
-        const bool isWhole = length >= size;
-        const std::uint64_t offset = isWhole ? 0 : size - length;
-        std::optional<std::string> bytes = file.read(offset, static_cast<std::size_t>(size - offset));
-        if (!bytes)
+    std::size_t begin = std::min(m_reach, transcriptTailLength);
+    bool hasSteppedBack = false;
+    for (;;) {
+        if (!load(begin))
             return std::nullopt;
-        const Before before = isWhole                           ? Before::Nothing
-                              : length == longestTranscriptTail ? Before::TooFar
-                                                                : Before::More;
-        if (const auto begin = beginOfTail(*bytes, before))
-            return bytes->erase(0, *begin);
+        if (begin == m_size)
+            return begin;
+        const std::optional<std::size_t> lineBegin = beginOfLine(begin);
+        if (!lineBegin)
+            return std::nullopt;
+        const std::size_t lineEnd = endOfLine(begin);
+        const bool beginsTooFar = *lineBegin == m_reach && m_reach < m_size;
+        if (beginsTooFar || *lineBegin - lineEnd <= transcriptTailLength) {
+            const bool isCut = beginsTooFar || *lineBegin > begin;
+            return hasSteppedBack && isCut ? lineEnd - 1 : begin;
+        }
+        begin = std::min(*lineBegin + transcriptTailLength, m_reach);
+        hasSteppedBack = true;
     }
-    return std::nullopt; // Never reached: the longest tail always begins somewhere.
+}
+
+bool TranscriptTail::load(std::size_t distance)
+{
+    if (distance <= m_loaded)
+        return true;
+    const std::span<char> missing(m_buffer.get() + longestTranscriptTail - distance, distance - m_loaded);
+    const std::optional<std::size_t> count = m_file->read(m_size - distance, missing);
+    m_loaded = distance;
+    return count == missing.size();
+}
+
+std::optional<std::size_t> TranscriptTail::beginOfLine(std::size_t distance)
+{
+    while (distance < m_reach) {
+        const std::size_t searched = std::min(distance + transcriptTailLength, m_reach);
+        if (!load(searched))
+            return std::nullopt;
+        if (const void *feed = ::memrchr(at(searched), '\n', searched - distance))
+            return static_cast<std::size_t>(at(0) - static_cast<const char *>(feed)) - 1;
+        distance = searched;
+    }
+    return m_reach;
+}
+
+std::size_t TranscriptTail::endOfLine(std::size_t distance) const
+{
+    const void *feed = std::memchr(at(distance), '\n', distance);
+    return feed ? static_cast<std::size_t>(at(0) - static_cast<const char *>(feed)) : 0;
 }
 
 } // namespace vantry

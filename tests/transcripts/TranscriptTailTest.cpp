@@ -17,7 +17,7 @@ constexpr std::size_t length = transcriptTailLength;
 class TranscriptTailTest : public testing::Test
 {
 protected:
-    [[nodiscard]] std::string tailOf(const std::string &text) const
+    [[nodiscard]] std::string tailOf(const std::string &text)
     {
         QFile file(m_folder.filePath(QStringLiteral("t.jsonl")));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
@@ -25,11 +25,12 @@ protected:
         file.close();
         const auto transcript = TranscriptFile::open(file.fileName());
         EXPECT_TRUE(transcript);
-        return readTranscriptTail(*transcript).value();
+        return std::string(m_tail.read(*transcript).value());
     }
 
 private:
     QTemporaryDir m_folder;
+    TranscriptTail m_tail;
 };
 
 std::string line(char letter, std::size_t size)
