@@ -14,6 +14,7 @@ Cancellation::Cancellation()
 
 void Cancellation::cancel()
 {
+    m_isCancelled.store(true, std::memory_order_relaxed);
     if (m_event)
         eventfd_write(m_event.get(), 1);
 }
@@ -21,6 +22,11 @@ void Cancellation::cancel()
 const Cancellation *Cancellation::ofThisThread()
 {
     return present;
+}
+
+bool Cancellation::isThisThreadCancelled()
+{
+    return present && present->isCancelled();
 }
 
 Cancellation::Scope::Scope(const Cancellation &cancellation)

@@ -10,6 +10,7 @@
 #include <future>
 #include <latch>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace vantry {
@@ -24,6 +25,24 @@ TEST(WorkerPool, runsAllTasks)
     pool.waitForDone();
 
     EXPECT_EQ(ran, 100);
+}
+
+TEST(WorkerPool, tellsARunningTaskThatItsEndHasCome)
+{
+    EXPECT_FALSE(Cancellation::isThisThreadCancelled());
+    std::latch runs(1);
+    std::atomic<bool> wasCancelledAtFirst { true };
+    std::optional<WorkerPool> pool(std::in_place);
+    pool->run([&] {
+        wasCancelledAtFirst = Cancellation::isThisThreadCancelled();
+        runs.count_down();
+        while (!Cancellation::isThisThreadCancelled())
+            std::this_thread::yield();
+    });
+    runs.wait();
+    pool.reset();
+
+    EXPECT_FALSE(wasCancelledAtFirst);
 }
 
 TEST(WorkerPool, runsAsManyTasksAtOnceAsItMayHaveThreads)
