@@ -44,7 +44,7 @@ protected:
     Desktop desktop;
     LinuxProcessTable processes { desktop.path(u"data"_s) };
     LinuxApplications applications { processes };
-    KittyDriver driver { applications };
+    KittyDriver driver { applications, std::chrono::seconds(20) };
 };
 
 /// A kitty that lets itself be controlled, as the documentation says, whose window keeps what is typed into it.

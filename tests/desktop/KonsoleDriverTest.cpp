@@ -78,7 +78,7 @@ protected:
     TypedInput input { desktop.path(u"input"_s) };
     ChildProcess &konsole;
     TerminalTarget target;
-    KonsoleDriver driver { desktop.busAddress(), applications };
+    KonsoleDriver driver { desktop.busAddress(), applications, std::chrono::seconds(20) };
     int program { 0 };
 };
 

@@ -37,7 +37,12 @@ protected:
     template <typename Call>
     auto ask(Call call)
     {
-        auto result = std::async(std::launch::async, [&] { return call(driver); });
+        return ask(driver, call);
+    }
+    template <typename Call>
+    auto ask(KonsoleDriver &asked, Call call)
+    {
+        auto result = std::async(std::launch::async, [&] { return call(asked); });
         while (result.wait_for(1ms) != std::future_status::ready)
             QCoreApplication::processEvents();
         return result.get();
@@ -140,13 +145,11 @@ TEST_F(KonsoleDriverProtocol, typesTheCommandIntoANewTabOfTheSameWindow)
     applications.windows = { 71, 72 };
 
     KonsoleDriver impatient(bus.address(), applications, 1s);
-    auto result = std::async(std::launch::async, [&] {
-        return impatient.open(target(2), { u"/usr"_s, u"cd '/usr' && claude"_s });
+    const auto result = ask(impatient, [&](auto &d) {
+        return d.open(target(2), { u"/usr"_s, u"cd '/usr' && claude"_s });
     });
-    while (result.wait_for(1ms) != std::future_status::ready)
-        QCoreApplication::processEvents();
 
-    EXPECT_EQ(result.get(), noFailure);
+    EXPECT_EQ(result, noFailure);
     EXPECT_THAT(konsole.calls, ElementsAre(u"/Sessions/2 sendText "_s, u"/Windows/1 newSession  /usr"_s,
                                            u"/Sessions/6 sendText cd '/usr' && claude\r"_s));
     EXPECT_THAT(applications.calls(), ElementsAre(u"raise 71"_s));
@@ -244,15 +247,25 @@ TEST_F(KonsoleDriverProtocol, endsTheProgramAndLeavesTheTabToItself)
     EXPECT_THAT(konsole.calls, IsEmpty());
 }
 
+TEST_F(KonsoleDriverProtocol, movesNoTabButTheOneToClose)
+{
+    konsole.set(u"/Sessions/1"_s, u"processId"_s, 0);
+    konsole.set(u"/Windows/1"_s, u"currentSession"_s, 2);
+    KonsoleDriver impatient(bus.address(), applications, 1s);
+    const auto result = ask(impatient, [&](auto &d) { return d.close(target()); });
+
+    EXPECT_NE(result, noFailure);
+    EXPECT_THAT(konsole.calls, ElementsAre(u"/Windows/1 setCurrentSession 1"_s));
+}
+
 TEST_F(KonsoleDriverProtocol, closesNoWindowWithoutHavingMovedTheTabThere)
 {
     konsole.set(u"/Sessions/1"_s, u"processId"_s, 0);
+    konsole.set(u"/Windows/1"_s, u"currentSession"_s, 1);
     KonsoleDriver impatient(bus.address(), applications, 1s);
-    auto result = std::async(std::launch::async, [&] { return impatient.close(target()); });
-    while (result.wait_for(1ms) != std::future_status::ready)
-        QCoreApplication::processEvents();
+    const auto result = ask(impatient, [&](auto &d) { return d.close(target()); });
 
-    EXPECT_EQ(result.get(), u"what ran in the tab has ended, but konsole keeps it"_s);
+    EXPECT_EQ(result, u"what ran in the tab has ended, but konsole keeps it"_s);
     EXPECT_THAT(konsole.calls, ElementsAre(u"/Windows/1 setCurrentSession 1"_s,
                                            u"/konsole/MainWindow_1 activateAction detach-view"_s));
 }
@@ -278,11 +291,9 @@ TEST_F(KonsoleDriverProtocol, givesUpOnAKonsoleThatDoesNotAnswer)
 {
     konsole.silence(u"/Sessions/1"_s, u"processId"_s);
     KonsoleDriver impatient(bus.address(), applications, 50ms);
-    auto result = std::async(std::launch::async, [&] { return impatient.typeText(target(), u"x"_s); });
-    while (result.wait_for(1ms) != std::future_status::ready)
-        QCoreApplication::processEvents();
+    const auto result = ask(impatient, [&](auto &d) { return d.typeText(target(), u"x"_s); });
 
-    EXPECT_EQ(result.get(), u"konsole did not answer in time"_s);
+    EXPECT_EQ(result, u"konsole did not answer in time"_s);
 }
 
 TEST_F(KonsoleDriverProtocol, findsNoPlaceToOpenAmongOtherPrograms)

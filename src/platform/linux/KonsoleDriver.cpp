@@ -127,6 +127,8 @@ std::optional<MainWindow> windowOfItsOwn(KonsoleRemote &konsole, int session)
         return mainWindow;
     const std::vector<MainWindow> before = konsole.mainWindows();
     konsole.setCurrentSession(*window, session);
+    if (konsole.currentSession(*window) != session)
+        return std::nullopt;
     konsole.activateAction(*mainWindow, u"detach-view"_s);
     // The user may have gone to another tab in between, and that one was moved.
     const auto moved = konsole.windowOf(session);
@@ -213,7 +215,8 @@ TerminalDriver::Failure KonsoleDriver::close(const TerminalTarget &target)
     // A tab whose program ended by itself closes. One whose program was ended by the signal stays, with a note in it,
     // and konsole closes windows on request, but no tabs.
     const auto closed = [&] { return isClosed(konsole, session); };
-    if (konsole.waitUntil(closed, 200ms))
+    konsole.waitUntil([&] { return konsole.processID(session) == 0; }, 500ms);
+    if (konsole.waitUntil(closed, 100ms))
         return std::nullopt;
     if (const auto window = windowOfItsOwn(konsole, session))
         konsole.activateAction(*window, u"close-window"_s);
