@@ -89,10 +89,22 @@ inline constexpr char pruneSearch[] = "DELETE FROM session_search WHERE session_
 inline constexpr char pruneSessions[] =
     "DELETE FROM sessions WHERE id NOT IN (SELECT id FROM sessions ORDER BY updated_at DESC LIMIT ?)";
 
+/// The next two make commits leave the merging of the search index's segments to mergeSearchIndex. At 16 segments the
+/// table would merge them all the same, which is put off, too.
+inline constexpr char searchMergesByItself[] =
+    "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM session_search_config WHERE k = 'automerge' AND v = 0)";
+inline constexpr char leaveSearchUnmerged[] =
+    "INSERT INTO session_search(session_search, rank) VALUES ('crisismerge', 1000);"
+    "INSERT INTO session_search(session_search, rank) VALUES ('automerge', 0);";
+/// Merges about 16 pages' worth of segments, where four or more of one size have gathered.
+inline constexpr char mergeSearchIndex[] = "INSERT INTO session_search(session_search, rank) VALUES ('merge', 16)";
+
 inline constexpr char searchTableSource[] = "SELECT sql FROM sqlite_master WHERE name = 'session_search'";
 inline constexpr char searchRowsByMatch[] =
     "SELECT rowid, summary FROM session_search WHERE session_search MATCH ? AND session_id = ?";
 inline constexpr char searchRowsByScan[] = "SELECT rowid, summary FROM session_search WHERE session_id = ?";
+inline constexpr char firstSearchRow[] = "SELECT rowid FROM session_search ORDER BY rowid LIMIT 1";
+inline constexpr char lastSearchRow[] = "SELECT rowid FROM session_search ORDER BY rowid DESC LIMIT 1";
 inline constexpr char deleteSearchRow[] = "DELETE FROM session_search WHERE rowid = ?";
 inline constexpr char deleteSearchRows[] = "DELETE FROM session_search WHERE session_id = ?";
 inline constexpr char projectOfSession[] = "SELECT project_name, project_dir, git_branch FROM sessions WHERE id = ?";

@@ -81,6 +81,7 @@ void SessionStore::createSchema()
     if (!m_db->execute(sql::createSearch))
         logFailure(QStringLiteral("failed to create FTS5 table"));
     m_db->execute(sql::createIndexes);
+    m_db->leaveSearchIndexUnmerged();
 }
 
 void SessionStore::close()
@@ -96,6 +97,17 @@ void SessionStore::checkpointSoon()
         m_checkpointQueued = false;
         if (m_db)
             m_db->checkpoint();
+    });
+}
+
+void SessionStore::mergeSearchIndexSoon()
+{
+    if (std::exchange(m_mergeQueued, true))
+        return;
+    m_queue.async([this] {
+        m_mergeQueued = false;
+        if (m_db && m_db->mergeSearchIndex())
+            mergeSearchIndexSoon();
     });
 }
 
@@ -155,6 +167,7 @@ void SessionStore::prune(std::int64_t limit)
     std::ignore = m_db->use(sql::pruneSearch).bind(limit).run();
     std::ignore = m_db->use(sql::pruneSessions).bind(limit).run();
     transaction.commit();
+    mergeSearchIndexSoon();
 }
 
 void SessionStore::updateSearchIndex(const QString &id, const std::optional<QString> &prompts,
@@ -180,6 +193,7 @@ void SessionStore::replaceSearchRow(const QString &id, const std::optional<QStri
              .run() ||
         !transaction.commit())
         logFailure(QStringLiteral("failed to update search index for ") + id);
+    mergeSearchIndexSoon();
 }
 
 QList<SessionSearchResult> SessionStore::search(const QString &text, std::int64_t limit)
@@ -288,8 +302,44 @@ QStringList SessionStore::sessionsNeedingIndex()
 
 void SessionStore::clearSearchIndex()
 {
-    if (m_db)
-        std::ignore = m_db->use(sql::clearSearch).run();
+    if (!m_db)
+        return;
+    std::ignore = m_db->use(sql::clearSearch).run();
+    mergeSearchIndexSoon();
+}
+
+std::optional<std::int64_t> SessionStore::lastSearchRow()
+{
+    if (!m_db)
+        return std::nullopt;
+    Statement last = m_db->use(sql::lastSearchRow);
+    return last.step() == Step::Row ? std::optional(last.integer(0)) : std::nullopt;
+}
+
+bool SessionStore::clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget)
+{
+    if (!m_db)
+        return false;
+    StoreTransaction transaction(*m_db);
+    if (!transaction.isOpen())
+        return false;
+    const MonotonicTime end = m_clock.monotonicNow() + budget;
+    const auto nextRow = [&]() -> std::optional<std::int64_t> {
+        Statement first = m_db->use(sql::firstSearchRow);
+        if (first.step() != Step::Row || first.integer(0) > last)
+            return std::nullopt;
+        return first.integer(0);
+    };
+    std::optional<std::int64_t> row = nextRow();
+    while (row && m_db->use(sql::deleteSearchRow).bind(*row).run()) {
+        row = nextRow();
+        if (m_clock.monotonicNow() >= end)
+            break;
+    }
+    if (!transaction.commit())
+        return false;
+    mergeSearchIndexSoon();
+    return row.has_value();
 }
 
 QSet<QString> SessionStore::indexedSessionIDs()
@@ -308,23 +358,52 @@ QSet<QString> SessionStore::indexedSessionIDs()
 
 void SessionStore::insertHistoricalSession(const HistoricalSession &value)
 {
+    std::ignore = insertHistoricalSessions({ &value, 1 }, std::chrono::nanoseconds::zero());
+}
+
+std::optional<HistoryProgress> SessionStore::insertHistoricalSessions(std::span<const HistoricalSession> values,
+                                                                      std::chrono::nanoseconds budget)
+{
     if (!m_db)
-        return;
-    const Step known = m_db->use(sql::sessionExists).bind(value.id).step();
-    if (known == Step::Done) {
-        Statement insert = m_db->use(sql::insertHistoricalSession);
-        if (!insert.isValid())
-            return;
-        insert.bind(value.id, value.id, value.projectDir, value.projectName, value.transcriptPath, value.gitBranch,
-                    value.firstTimestamp, value.lastTimestamp ? value.lastTimestamp : value.firstTimestamp,
-                    value.lastTimestamp);
-        // Fails where both dates are absent; the search row is written all the same.
-        std::ignore = insert.run();
+        return std::nullopt;
+    StoreTransaction transaction(*m_db);
+    if (!transaction.isOpen())
+        return std::nullopt;
+    const MonotonicTime end = m_clock.monotonicNow() + budget;
+    HistoryProgress progress;
+    for (const HistoricalSession &value : values) {
+        ++progress.taken;
+        progress.added += addHistoricalSession(value) ? 1 : 0;
+        if (m_clock.monotonicNow() >= end)
+            break;
     }
-    std::ignore = m_db->use(sql::insertSearchRow)
-                      .bind(value.id, value.projectName, value.projectDir, value.gitBranch, value.prompts,
-                            value.toolHistory, value.summary)
-                      .run();
+    if (!transaction.commit())
+        return std::nullopt;
+    mergeSearchIndexSoon();
+    return progress;
+}
+
+/// Whether a search row was added. In a transaction, so that neither row comes without the other, and none twice.
+bool SessionStore::addHistoricalSession(const HistoricalSession &value)
+{
+    // It may have ended, and been indexed, since its transcript was read.
+    if (!searchRows(value.id).empty())
+        return false;
+    // First, since without it there must be no session: its search row would be made of what little that one tells.
+    if (!m_db->use(sql::insertSearchRow)
+             .bind(value.id, value.projectName, value.projectDir, value.gitBranch, value.prompts, value.toolHistory,
+                   value.summary)
+             .run())
+        return false;
+    if (m_db->use(sql::sessionExists).bind(value.id).step() == Step::Done) {
+        // Fails where both dates are absent; the search row stays all the same.
+        std::ignore = m_db->use(sql::insertHistoricalSession)
+                          .bind(value.id, value.id, value.projectDir, value.projectName, value.transcriptPath,
+                                value.gitBranch, value.firstTimestamp,
+                                value.lastTimestamp ? value.lastTimestamp : value.firstTimestamp, value.lastTimestamp)
+                          .run();
+    }
+    return true;
 }
 
 std::optional<std::int64_t> SessionStore::usableLimit(std::int64_t limit)

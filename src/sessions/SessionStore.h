@@ -11,9 +11,12 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace vantry {
@@ -43,6 +46,15 @@ struct HistoricalSession
     QString transcriptPath;
 };
 
+/// What one go at a list of historical sessions has come to.
+struct HistoryProgress
+{
+    std::size_t taken { 0 }; ///< How many values from the front are done with.
+    std::size_t added { 0 }; ///< How many of them have got a search row.
+
+    friend bool operator==(const HistoryProgress &, const HistoryProgress &) = default;
+};
+
 /// The memory of sessions, as SessionManager holds it. Every operation but updateSearchIndex() expects to run on
 /// queue(): callers wrap it in queue().sync() and wait. None throws; each failure is one log line and an empty result.
 class SessionStoring
@@ -69,7 +81,20 @@ public:
     [[nodiscard]] virtual QStringList sessionsNeedingIndex() = 0;
     virtual void clearSearchIndex() = 0;
     [[nodiscard]] virtual QSet<QString> indexedSessionIDs() = 0;
+    /// A session that has a row, or a search row, keeps it.
     virtual void insertHistoricalSession(const HistoricalSession &value) = 0;
+
+    // The same in pieces, so that a large piece of work lets others onto the queue. Each call is one transaction; it
+    // does at least one row and begins no other once the budget is used up.
+
+    /// The last search row's number; nothing when there is none.
+    [[nodiscard]] virtual std::optional<std::int64_t> lastSearchRow() = 0;
+    /// Deletes search rows up to this number. Whether some of them are left; no when they can't be deleted.
+    [[nodiscard]] virtual bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget) = 0;
+    /// Takes values from the front; one that can't be written is passed over. Nothing when the store is closed or
+    /// no transaction is to be had.
+    [[nodiscard]] virtual std::optional<HistoryProgress>
+    insertHistoricalSessions(std::span<const HistoricalSession> values, std::chrono::nanoseconds budget) = 0;
 };
 
 /// The sessions in one SQLite file. Owns the connection and the queue "com.vantry.sessionstore", which alone touches
@@ -103,12 +128,18 @@ public:
     void clearSearchIndex() override;
     [[nodiscard]] QSet<QString> indexedSessionIDs() override;
     void insertHistoricalSession(const HistoricalSession &value) override;
+    [[nodiscard]] std::optional<std::int64_t> lastSearchRow() override;
+    [[nodiscard]] bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget) override;
+    [[nodiscard]] std::optional<HistoryProgress> insertHistoricalSessions(std::span<const HistoricalSession> values,
+                                                                          std::chrono::nanoseconds budget) override;
 
 private:
     struct SearchRow;
 
     void createSchema();
     void checkpointSoon();
+    void mergeSearchIndexSoon();
+    [[nodiscard]] bool addHistoricalSession(const HistoricalSession &value);
     void replaceSearchRow(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
                           const std::optional<QString> &summary);
     [[nodiscard]] std::vector<SearchRow> searchRows(const QString &id);
@@ -123,6 +154,7 @@ private:
     const Access m_access;
     std::unique_ptr<StoreConnection> m_db;
     bool m_checkpointQueued { false };
+    bool m_mergeQueued { false };
     SerialQueue m_queue { "com.vantry.sessionstore" }; ///< Last: its tasks use all of the above.
 };
 

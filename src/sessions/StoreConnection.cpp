@@ -134,6 +134,19 @@ void StoreConnection::checkpoint()
     sqlite3_wal_checkpoint_v2(m_handle, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
+void StoreConnection::leaveSearchIndexUnmerged()
+{
+    if (use(sql::searchMergesByItself).step() == Statement::Step::Row)
+        execute(sql::leaveSearchUnmerged);
+}
+
+bool StoreConnection::mergeSearchIndex()
+{
+    // One change is counted for the statement itself.
+    const int before = sqlite3_total_changes(m_handle);
+    return use(sql::mergeSearchIndex).run() && sqlite3_total_changes(m_handle) - before >= 2;
+}
+
 StoreTransaction::~StoreTransaction()
 {
     // Some failures have rolled it back already; then this one fails and does nothing.

@@ -48,6 +48,13 @@ public:
     void whenLogIsLong(std::function<void()> function);
     void checkpoint();
 
+    /// The search index is kept in segments, which a search has to look through one by one. Merging them takes long,
+    /// so commits don't do it after this; mergeSearchIndex() is to be called after changes of the index. On a search
+    /// table of another make neither does anything.
+    void leaveSearchIndexUnmerged();
+    /// Merges for some milliseconds at most. Whether there may be more to do.
+    [[nodiscard]] bool mergeSearchIndex();
+
 private:
     explicit StoreConnection(const char *nameOrUri, int flags);
     [[nodiscard]] sqlite3_stmt *prepared(std::string_view sql);

@@ -404,5 +404,121 @@ TEST_F(SessionSearch, indexesAnOldTranscriptWithoutDatesAndSaysNothing)
     EXPECT_THAT(m_log.lines(), IsEmpty());
 }
 
+TEST_F(SessionSearch, leavesTheSearchRowOfAnOldTranscriptsSessionThatHasOne)
+{
+    open();
+    saveIndexed(QStringLiteral("h"), QStringLiteral("own words"));
+
+    insertHistoricalSession(historical(QStringLiteral("h")));
+
+    EXPECT_EQ(Database(m_path).value("SELECT group_concat(prompts) FROM session_search"), "own words");
+}
+
+TEST_F(SessionSearch, replacesTheSearchRowOfAnOldTranscriptWhenItsSessionEnds)
+{
+    open();
+    insertHistoricalSession(historical(QStringLiteral("h")));
+
+    saveIndexed(QStringLiteral("h"), QStringLiteral("own words"));
+
+    EXPECT_EQ(Database(m_path).value("SELECT group_concat(prompts) FROM session_search"), "own words");
+}
+
+// ---- Old transcripts and the clearing of the index, piece by piece ----
+
+TEST_F(SessionSearch, takesAtLeastOneOldTranscriptAtATime)
+{
+    open();
+    const std::vector<HistoricalSession> values { historical(QStringLiteral("a")), historical(QStringLiteral("b")) };
+
+    EXPECT_EQ(insertHistoricalSessions(values, std::chrono::nanoseconds::zero()), (HistoryProgress { 1, 1 }));
+    EXPECT_THAT(indexedSessionIDs(), UnorderedElementsAre(QStringLiteral("a")));
+}
+
+TEST_F(SessionSearch, takesAsManyOldTranscriptsAsTheTimeAllows)
+{
+    open();
+    saveIndexed(QStringLiteral("b"), QStringLiteral("own words"));
+    const std::vector<HistoricalSession> values { historical(QStringLiteral("a")), historical(QStringLiteral("b")),
+                                                  historical(QStringLiteral("c")) };
+
+    EXPECT_EQ(insertHistoricalSessions(values, std::chrono::seconds(1)), (HistoryProgress { 3, 2 }));
+    EXPECT_THAT(indexedSessionIDs(),
+                UnorderedElementsAre(QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")));
+}
+
+TEST_F(SessionSearch, takesNoOldTranscriptIntoAStoreThatIsClosedOrHasNoIndex)
+{
+    const std::vector<HistoricalSession> values { historical(QStringLiteral("a")) };
+    EXPECT_EQ(insertHistoricalSessions(values, std::chrono::seconds(1)), std::nullopt);
+    open();
+    Database(m_path).script("DROP TABLE session_search");
+    EXPECT_EQ(insertHistoricalSessions(values, std::chrono::seconds(1)), (HistoryProgress { 1, 0 }));
+    EXPECT_EQ(Database(m_path).value("SELECT count(*) FROM sessions"), "0")
+        << "a session without a search row would be indexed by its row alone";
+}
+
+TEST_F(SessionSearch, clearsTheIndexRowByRowUpToTheOneThatWasLast)
+{
+    open();
+    EXPECT_EQ(lastSearchRow(), std::nullopt);
+    saveIndexed(QStringLiteral("a"), QStringLiteral("word"));
+    saveIndexed(QStringLiteral("b"), QStringLiteral("word"));
+    const std::int64_t last = lastSearchRow().value();
+
+    EXPECT_TRUE(clearSearchRows(last, std::chrono::nanoseconds::zero()));
+    EXPECT_THAT(indexedSessionIDs(), UnorderedElementsAre(QStringLiteral("b")));
+    saveIndexed(QStringLiteral("new"), QStringLiteral("word"));
+    EXPECT_FALSE(clearSearchRows(last, std::chrono::nanoseconds::zero()));
+    EXPECT_THAT(indexedSessionIDs(), UnorderedElementsAre(QStringLiteral("new")));
+    EXPECT_FALSE(clearSearchRows(last, std::chrono::nanoseconds::zero()));
+    EXPECT_THAT(found(QStringLiteral("word")), ElementsAre(QStringLiteral("new")));
+}
+
+TEST_F(SessionSearch, clearsAllRowsInOneGoWhereTimeAllows)
+{
+    open();
+    for (int i = 0; i < 20; ++i)
+        saveIndexed(QString::number(i), QStringLiteral("word"));
+
+    EXPECT_FALSE(clearSearchRows(lastSearchRow().value(), std::chrono::seconds(1)));
+    EXPECT_THAT(indexedSessionIDs(), IsEmpty());
+    EXPECT_EQ(identifiers(recentSessions(100)).size(), 20);
+}
+
+TEST_F(SessionSearch, doesNotClearAStoreThatIsClosed)
+{
+    EXPECT_EQ(lastSearchRow(), std::nullopt);
+    EXPECT_FALSE(clearSearchRows(1, std::chrono::seconds(1)));
+}
+
+TEST_F(SessionSearch, keepsTheIndexInFewSegments)
+{
+    open();
+    for (int i = 0; i < 200; ++i)
+        saveIndexed(QString::number(i), QStringLiteral("word%1 and more").arg(i));
+    Database database(m_path);
+
+    // Merging goes on after the last change, in turns of the queue.
+    int segments = 200;
+    for (int turn = 0; turn < 200 && segments > 16; ++turn) {
+        m_store.queue().sync([] {});
+        segments = std::stoi(database.value("SELECT count(DISTINCT segid) FROM session_search_idx"));
+    }
+    EXPECT_LE(segments, 16);
+    database.script("INSERT INTO session_search(session_search) VALUES('integrity-check')");
+    EXPECT_THAT(found(QStringLiteral("word77")), ElementsAre(QStringLiteral("77")));
+}
+
+TEST_F(SessionSearch, mergesAnIndexThatWasMadeToMergeByItself)
+{
+    open();
+    Database(m_path).script("INSERT INTO session_search(session_search, rank) VALUES ('automerge', 8)");
+
+    open();
+
+    EXPECT_EQ(Database(m_path).value("SELECT v FROM session_search_config WHERE k = 'automerge'"), "0");
+}
+
 } // namespace
 } // namespace vantry::test

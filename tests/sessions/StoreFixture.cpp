@@ -5,6 +5,8 @@ namespace vantry::test {
 Database::Database(const QString &path)
 {
     EXPECT_EQ(sqlite3_open(path.toUtf8().constData(), &m_handle), SQLITE_OK);
+    // The store merges its search index after others have gone on.
+    sqlite3_busy_timeout(m_handle, 10'000);
 }
 
 Database::~Database()
@@ -101,6 +103,22 @@ QSet<QString> StoreTest::indexedSessionIDs()
 void StoreTest::insertHistoricalSession(const HistoricalSession &value)
 {
     m_store.queue().sync([&] { m_store.insertHistoricalSession(value); });
+}
+
+std::optional<HistoryProgress> StoreTest::insertHistoricalSessions(const std::vector<HistoricalSession> &values,
+                                                                   std::chrono::nanoseconds budget)
+{
+    return m_store.queue().sync([&] { return m_store.insertHistoricalSessions(values, budget); });
+}
+
+std::optional<std::int64_t> StoreTest::lastSearchRow()
+{
+    return m_store.queue().sync([&] { return m_store.lastSearchRow(); });
+}
+
+bool StoreTest::clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget)
+{
+    return m_store.queue().sync([&] { return m_store.clearSearchRows(last, budget); });
 }
 
 SessionPtr StoreTest::makeSession(const QString &id) const

@@ -61,6 +61,10 @@ protected:
     [[nodiscard]] QStringList sessionsNeedingIndex();
     [[nodiscard]] QSet<QString> indexedSessionIDs();
     void insertHistoricalSession(const HistoricalSession &value);
+    [[nodiscard]] std::optional<HistoryProgress> insertHistoricalSessions(const std::vector<HistoricalSession> &values,
+                                                                          std::chrono::nanoseconds budget);
+    [[nodiscard]] std::optional<std::int64_t> lastSearchRow();
+    [[nodiscard]] bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget);
 
     /// Started and updated now.
     [[nodiscard]] SessionPtr makeSession(const QString &id) const;
