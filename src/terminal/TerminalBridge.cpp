@@ -27,6 +27,10 @@ using TypingRules::Keystrokes;
 /// The agent takes keys that come in one go for one paste, in which Return is a line break.
 constexpr std::chrono::milliseconds pauseBetweenKeys { 100 };
 
+/// How long it may take until an event tells that a question is no longer open. A second answer within it would go to
+/// whatever the agent asks next.
+constexpr std::chrono::seconds patienceForAnswers { 3 };
+
 constexpr QStringView kittyTool = u"/usr/local/bin/kitty";
 
 /// What belongs to a terminal's type or to one of its other names.
@@ -289,9 +293,32 @@ void TerminalBridge::enter(const VantrySession &session, const QString &operatio
 {
     const Decision decision = decide(session);
     if (const auto *refusal = std::get_if<TypingRules::Refusal>(&decision))
-        refuse(session, operation, *refusal, std::move(completion));
-    else
-        type(session, std::get<Keystrokes>(decision), decide, std::move(completion));
+        return refuse(session, operation, *refusal, std::move(completion));
+    if (hasJustAnswered(session))
+        return refuse(session, operation, u"the question has just been answered"_s, std::move(completion));
+    if (session.questions())
+        completion = noteAnswer(session, std::move(completion));
+    type(session, std::get<Keystrokes>(decision), decide, std::move(completion));
+}
+
+bool TerminalBridge::hasJustAnswered(const VantrySession &session) const
+{
+    const auto found = m_answers.find(session.id());
+    return found != m_answers.end() && found->second.questions == session.questions();
+}
+
+TerminalBridge::Completion TerminalBridge::noteAnswer(const VantrySession &session, Completion completion)
+{
+    const QString id = session.id();
+    m_answers.insert_or_assign(id, Answer { .questions = *session.questions() });
+    return [this, id, completion = std::move(completion)](const auto &failure) {
+        if (failure)
+            m_answers.erase(id);
+        else
+            m_answers[id].end = m_ports.scheduler.after(patienceForAnswers, [this, id] { m_answers.erase(id); });
+        if (completion)
+            completion(failure);
+    };
 }
 
 void TerminalBridge::type(const VantrySession &session, const Keystrokes &keys, const Decide &decide,

@@ -7,6 +7,7 @@
 #include "terminal/TypingRules.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -102,6 +103,11 @@ public:
 private:
     /// What may be typed into a session now, by TypingRules.
     using Decide = std::function<TypingRules::Decision(const VantrySession &)>;
+    struct Answer
+    {
+        std::vector<HookEvent::Question> questions;
+        ScheduledTimer end {}; ///< Idle while the keys are not all typed.
+    };
 
     [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target) const;
     [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target,
@@ -123,6 +129,9 @@ private:
     void type(const VantrySession &session, const TypingRules::Keystrokes &keys, const Decide &decide,
               Completion completion);
 
+    [[nodiscard]] bool hasJustAnswered(const VantrySession &session) const;
+    [[nodiscard]] Completion noteAnswer(const VantrySession &session, Completion completion);
+
     void log(const QString &message) const;
 
     const Ports m_ports;
@@ -130,7 +139,8 @@ private:
     const std::shared_ptr<TerminalCompletions> m_completions;
     const std::unique_ptr<ScriptRunner> m_scripts;
     const std::unique_ptr<AgentLauncher> m_launcher;
-    TerminalLanes m_lanes; ///< Last: its end waits for the calls that are under way.
+    std::map<QString, Answer> m_answers; ///< By session; those that the agent may not have taken in yet.
+    TerminalLanes m_lanes;               ///< Last: its end waits for the calls that are under way.
 };
 
 } // namespace vantry

@@ -236,6 +236,49 @@ TEST_F(TypedByDriver, givesNoAnswerToAnotherQuestionThanTheOneMeant)
     EXPECT_EQ(tmux.calls(), QStringList { u"focus %1"_s });
 }
 
+TEST_F(TypedByDriver, answersAQuestionOnce)
+{
+    const SessionPtr session = askingInTmux({ questionWith(2) });
+    bridge().answerQuestion(*session, 0, keep());
+    bridge().answerQuestion(*session, 1, keep());
+    bridge().sendText(*session, u"neither"_s, keep());
+    waitForOutcomes(3);
+
+    EXPECT_EQ(outcomes,
+              QStringList({ u"done"_s, u"the question has just been answered; the terminal was brought forward"_s,
+                            u"the question has just been answered; the terminal was brought forward"_s }));
+    EXPECT_EQ(tmux.calls(), QStringList({ u"type %1: 1"_s, u"focus %1"_s, u"focus %1"_s }));
+}
+
+TEST_F(TypedByDriver, answersTheNextQuestionAtOnce)
+{
+    const SessionPtr session = askingInTmux({ questionWith(2) });
+    bridge().answerQuestion(*session, 0, keep());
+    EXPECT_EQ(outcome(), u"done"_s);
+    session->setQuestions(std::vector { questionWith(3) });
+    bridge().answerQuestion(*session, 1, keep());
+
+    EXPECT_EQ(outcome(), u"done"_s);
+    EXPECT_EQ(tmux.calls(), QStringList({ u"type %1: 1"_s, u"type %1: 2"_s }));
+}
+
+TEST_F(TypedByDriver, answersAgainWhereTheAgentDidNotTakeTheAnswer)
+{
+    const SessionPtr session = askingInTmux({ questionWith(2) });
+    bridge().answerQuestion(*session, 0, keep());
+    EXPECT_EQ(outcome(), u"done"_s);
+    scheduler.advance(Seconds { 3 });
+    bridge().answerQuestion(*session, 0, keep());
+    EXPECT_EQ(outcome(), u"done"_s);
+
+    scheduler.advance(Seconds { 3 });
+    tmux.setFailure(u"the pane is gone"_s);
+    bridge().answerQuestion(*session, 0, keep());
+    EXPECT_EQ(outcome(), u"the pane is gone"_s);
+    bridge().answerQuestion(*session, 0, keep());
+    EXPECT_EQ(outcome(), u"the pane is gone"_s) << "what was not typed may be tried again at once";
+}
+
 TEST_F(TypedByDriver, typesNothingForASessionThatHasGone)
 {
     tmux.hold(u"%1"_s);
