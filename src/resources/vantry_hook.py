@@ -5,8 +5,9 @@ The agent runs this for every hook event: `python3 vantry_hook.py --port N`, the
 always exits 0 and prints nothing but the answer to a permission request or the path of a worktree it made.
 
 The agent waits for every event's hook, so this is built for speed. Python compiles a script anew in each run, which
-would be a third of the time: so the hook stands below as text, HOOK, whose compiled form is kept in a private folder.
-Of the library it needs `_json` and `_socket`, the cores of `json` and `socket`; `os._exit` leaves out the clearing up.
+would be a third of the time: so the hook stands below as text, whose compiled form is kept in a private folder. HOOK
+is what most events need, DIALOGS_AND_WORKTREES is the rest, which is compiled when an event asks for it. Of the library
+it needs `_json` and `_socket`, the cores of `json` and `socket`; `os._exit` leaves out the clearing up.
 """
 import os
 import sys
@@ -130,10 +131,6 @@ def alive(pid):
         return type(error) is PermissionError
 
 
-def start_of(pid):
-    return ((pid and process(pid)) or (None,))[-1]
-
-
 def lineage(pid):
     while pid > 1:
         seen = process(pid)
@@ -170,7 +167,7 @@ def terminal():
             return kind, (env(place).rsplit(",", 2)[0] if place == "TMUX" else env(place)) + "," + env(part)
     program = env("TERM_PROGRAM", "")
     if program == "vscode":
-        forks = [name for name in os.environ if name.startswith(("CURSOR_", "WINDSURF_"))]
+        forks = [name for name in os.environ if name.startswith(("CURSOR_", "WINDSURF_")) and env(name)]
         insiders = "-insiders" if "insider" in env("TERM_PROGRAM_VERSION", "") else ""
         return forks[0].split("_")[0].lower() if forks else "vscode" + insiders, ""
     for name, kind, own in (("KITTY_WINDOW_ID", "kitty", ""), ("ITERM_SESSION_ID", "iterm2", "iTerm.app"),
@@ -183,9 +180,7 @@ def terminal():
     return (None, None) if sys.platform == "darwin" else ("x11-window", env("WINDOWID", ""))
 
 
-# Marks, by which the hooks of one session tell each other what is open, are FIFOs in the session's own folder:
-# "ask-TOOL" while the dialog of a question or plan is open, and "wait-CALL-PID" for each hook that waits for an answer;
-# a byte in it says that the terminal has answered. With nothing open there is no such folder.
+# What marks a session's folder holds is told in DIALOGS_AND_WORKTREES.
 
 def session_folder(session):
     if not (session.isascii() and session.replace("-", "").isalnum() and len(session) <= 64):
@@ -201,6 +196,156 @@ def marks_of(folder):
     except OSError:
         return []
 
+
+# The wire.
+
+def connect(port, limit):
+    try:
+        from _socket import socket, AF_INET, SOCK_STREAM
+    except ImportError:
+        from socket import socket, AF_INET, SOCK_STREAM
+    connection = socket(AF_INET, SOCK_STREAM)
+    connection.settimeout(limit)
+    connection.connect(("127.0.0.1", port))
+    # The port is an ephemeral one: with nobody listening, a connection can meet itself.
+    if connection.getsockname() == connection.getpeername():
+        refuse(port)
+    return connection
+
+
+def seconds_until(deadline):
+    left = deadline - monotonic()
+    return left if left > 0 else refuse(deadline)
+
+
+def send(connection, port, body, deadline):
+    # Vantry heeds only a Content-Length that is not the last header line.
+    head = ("POST /hook HTTP/1.1\r\nHost: 127.0.0.1:%d\r\nContent-Length: %d\r\n"
+            "Content-Type: application/json\r\nConnection: close\r\n\r\n" % (port, len(body)))
+    connection.settimeout(seconds_until(deadline))
+    connection.sendall(head.encode() + body)
+
+
+def receive(connection, deadline):
+    """The body of a whole answer with status 200, else nothing. Raises when it does not come in time."""
+    data, start, end = bytearray(), 0, 0
+    while not end or len(data) < end:
+        connection.settimeout(seconds_until(deadline))
+        piece = connection.recv(65536)
+        data += piece
+        if not start and b"\r\n\r\n" in data:
+            start = data.find(b"\r\n\r\n") + 4
+            lines = bytes(data[:start]).lower().split(b"\r\n")
+            if not lines[0].startswith(b"http/1.") or lines[0].split()[1:2] != [b"200"]:
+                return b""
+            end = next((start + int(line[15:]) for line in lines if line.startswith(b"content-length:")), 0)
+        if not piece or len(data) > (ANSWER_LIMIT if start else 65536):
+            break
+    return bytes(data[start:end or None]) if start and len(data) >= end else b""
+
+
+def post(port, body, limit):
+    """Delivers an event and waits, within the limit in seconds, until Vantry has taken it."""
+    deadline = monotonic() + limit + len(body) / 64e6
+    connection = connect(port, limit)
+    send(connection, port, body, deadline)
+    receive(connection, deadline)
+
+
+# One event.
+
+def read_input():
+    """The members of the event. It may end before the input does, which its writer can leave open."""
+    pieces = []
+    while True:
+        piece = os.read(0, 1 << 20)
+        pieces.append(piece)
+        if not piece or piece.rstrip().endswith(b"}"):
+            try:
+                return members(b"".join(pieces).decode("utf-8", "replace"))
+            except Exception:
+                if not piece:
+                    raise
+
+
+def json_text(payload):
+    return ("{" + ",".join([quote(key) + ":" + source for key, (_, source) in payload.items()]) + "}").encode()
+
+
+def make_decodable(payload):
+    for key in list(payload):
+        value, source = payload[key]
+        kind = TYPES.get(key)
+        if value is None or not kind or type(value) is kind and (key not in PICKY or PICKY[key](value)):
+            continue
+        if kind is dict:
+            payload[key] = {"content": value}, '{"content":' + source + "}"
+        else:
+            del payload[key]
+
+
+def main():
+    port = int(sys.argv[sys.argv.index("--port") + 1])
+    sys.setrecursionlimit(3000)  # Vantry takes values that are nested 512 deep
+    payload = read_input()
+    make_decodable(payload)
+
+    def given(key):
+        return payload.get(key, (None,))[0]
+
+    def add(key, value):
+        if value is not None and given(key) is None:
+            payload[key] = value, quote(value) if type(value) is str else str(value)
+
+    session, event, tool, arguments, agent_id, prompt = map(
+        given, ("session_id", "hook_event_name", "tool_name", "tool_input", "agent_id", "prompt"))
+    if type(session) is not str or event == "TaskCompleted" and given("task_id") is not None:
+        return  # the latter is one to-do item, not the end of a turn
+    typed = not (prompt and prompt.lstrip().startswith(MACHINE))
+    if event == "UserPromptSubmit" and not typed:
+        del payload["prompt"]
+
+    folder = session_folder(session)
+    marks = marks_of(folder)
+    if marks or tool in DIALOGS or event in ("PermissionRequest", "WorktreeCreate", "WorktreeRemove"):
+        exec(compiled(DIALOGS_AND_WORKTREES), globals())
+    if marks:
+        settle(folder, marks, event, agent_id, tool, arguments, typed)
+    if event == "Notification" and given("notification_type") == "permission_prompt" and any(
+            [mark.startswith("ask-") for mark in marks]):
+        return  # about the dialog that PreToolUse has announced; another word would contradict it
+    if event in ("PreToolUse", "PermissionRequest") and tool in DIALOGS:
+        make_mark(folder, "ask-" + tool)
+    if event in ("WorktreeCreate", "WorktreeRemove"):
+        tend_worktree(event, given("cwd"), given("name"), given("worktree_path"))
+
+    agent, shell = whereabouts()
+    kind, place = terminal()
+    add("terminal_type", kind)
+    add("terminal_session_id", place)
+    add("pid", agent)
+    add("shell_pid", shell)
+    add("project_dir", env("CLAUDE_PROJECT_DIR") or None)
+    if tool and arguments:
+        try:
+            add("tool_detail", one_line(tool_detail(tool, arguments, payload["tool_input"][1])) or None)
+        except (AttributeError, LookupError, TypeError):
+            pass  # arguments of another form than this tool's
+    body = json_text(payload)
+    if event != "PermissionRequest":
+        post(port, body, 0.8)
+        return
+    told = {key: payload[key] for key in ("session_id", "cwd", "transcript_path", "tool_name") if key in payload}
+    told.update(hook_event_name=(None, '"PostToolUseFailure"'), is_interrupt=(None, "true"))
+    request_permission(port, body, folder, waiting_mark(agent_id, tool, arguments) + str(os.getpid()),
+                       agent, None if agent_id else json_text(told))
+'''
+
+
+DIALOGS_AND_WORKTREES = r'''
+# Marks, by which the hooks of one session tell each other what is open, are FIFOs in the session's own folder:
+# "ask-TOOL" while the dialog of a question or plan is open, and "wait-CALL-PID" for each hook that waits for an answer;
+# a byte in it says that the terminal has answered. With nothing open there is no such folder.
 
 def forget_yesterday():
     """Clears away what was left a day ago, by hooks and agents that were killed."""
@@ -289,65 +434,14 @@ def settle(folder, marks, event, agent_id, tool, arguments, typed):
         remove_marks(folder, gone)
 
 
-# The wire.
-
-def connect(port, limit):
-    try:
-        from _socket import socket, AF_INET, SOCK_STREAM
-    except ImportError:
-        from socket import socket, AF_INET, SOCK_STREAM
-    connection = socket(AF_INET, SOCK_STREAM)
-    connection.settimeout(limit)
-    connection.connect(("127.0.0.1", port))
-    # The port is an ephemeral one: with nobody listening, a connection can meet itself.
-    if connection.getsockname() == connection.getpeername():
-        refuse(port)
-    return connection
-
-
-def seconds_until(deadline):
-    left = deadline - monotonic()
-    return left if left > 0 else refuse(deadline)
-
-
-def send(connection, port, body, deadline):
-    # Vantry heeds only a Content-Length that is not the last header line.
-    head = ("POST /hook HTTP/1.1\r\nHost: 127.0.0.1:%d\r\nContent-Length: %d\r\n"
-            "Content-Type: application/json\r\nConnection: close\r\n\r\n" % (port, len(body)))
-    connection.settimeout(seconds_until(deadline))
-    connection.sendall(head.encode() + body)
-
-
-def receive(connection, deadline):
-    """The body of a whole answer with status 200, else nothing. Raises when it does not come in time."""
-    data, start, end = bytearray(), 0, 0
-    while not end or len(data) < end:
-        connection.settimeout(seconds_until(deadline))
-        piece = connection.recv(65536)
-        data += piece
-        if not start and b"\r\n\r\n" in data:
-            start = data.find(b"\r\n\r\n") + 4
-            lines = bytes(data[:start]).lower().split(b"\r\n")
-            if not lines[0].startswith(b"http/1.") or lines[0].split()[1:2] != [b"200"]:
-                return b""
-            end = next((start + int(line[15:]) for line in lines if line.startswith(b"content-length:")), 0)
-        if not piece or len(data) > (ANSWER_LIMIT if start else 65536):
-            break
-    return bytes(data[start:end or None]) if start and len(data) >= end else b""
-
-
-def post(port, body, limit):
-    """Delivers an event and waits, within the limit in seconds, until Vantry has taken it."""
-    deadline = monotonic() + limit + len(body) / 64e6
-    connection = connect(port, limit)
-    send(connection, port, body, deadline)
-    receive(connection, deadline)
-
-
 # A permission request.
 
 class Terminated(Exception):
     pass
+
+
+def start_of(pid):
+    return ((pid and process(pid)) or (None,))[-1]
 
 
 def answer_begins(connection, agent, fifo):
@@ -470,93 +564,6 @@ def tend_worktree(event, cwd, name, path):
     except Exception as error:
         # Without a path the agent says that it has no worktree, as it would when its own git failed.
         write(2, ("vantry_hook: %s: %s\n" % (event, error)).encode("utf-8", "replace"))
-
-
-# One event.
-
-def read_input():
-    """The members of the event. It may end before the input does, which its writer can leave open."""
-    pieces = []
-    while True:
-        piece = os.read(0, 1 << 20)
-        pieces.append(piece)
-        if not piece or piece.rstrip().endswith(b"}"):
-            try:
-                return members(b"".join(pieces).decode("utf-8", "replace"))
-            except Exception:
-                if not piece:
-                    raise
-
-
-def json_text(payload):
-    return ("{" + ",".join([quote(key) + ":" + source for key, (_, source) in payload.items()]) + "}").encode()
-
-
-def make_decodable(payload):
-    for key in list(payload):
-        value, source = payload[key]
-        kind = TYPES.get(key)
-        if value is None or not kind or type(value) is kind and (key not in PICKY or PICKY[key](value)):
-            continue
-        if kind is dict:
-            payload[key] = {"content": value}, '{"content":' + source + "}"
-        else:
-            del payload[key]
-
-
-def main():
-    port = int(sys.argv[sys.argv.index("--port") + 1])
-    sys.setrecursionlimit(3000)  # Vantry takes values that are nested 512 deep
-    payload = read_input()
-    make_decodable(payload)
-
-    def given(key):
-        return payload.get(key, (None,))[0]
-
-    def add(key, value):
-        if value is not None and given(key) is None:
-            payload[key] = value, quote(value) if type(value) is str else str(value)
-
-    session, event, tool, arguments, agent_id, prompt = map(
-        given, ("session_id", "hook_event_name", "tool_name", "tool_input", "agent_id", "prompt"))
-    if type(session) is not str or event == "TaskCompleted" and given("task_id") is not None:
-        return  # the latter is one to-do item, not the end of a turn
-    typed = not (prompt and prompt.lstrip().startswith(MACHINE))
-    if event == "UserPromptSubmit" and not typed:
-        del payload["prompt"]
-
-    folder = session_folder(session)
-    marks = marks_of(folder)
-    if marks:
-        settle(folder, marks, event, agent_id, tool, arguments, typed)
-    if event == "Notification" and given("notification_type") == "permission_prompt" and any(
-            [mark.startswith("ask-") for mark in marks]):
-        return  # about the dialog that PreToolUse has announced; another word would contradict it
-    if event in ("PreToolUse", "PermissionRequest") and tool in DIALOGS:
-        make_mark(folder, "ask-" + tool)
-    if event in ("WorktreeCreate", "WorktreeRemove"):
-        tend_worktree(event, given("cwd"), given("name"), given("worktree_path"))
-
-    agent, shell = whereabouts()
-    kind, place = terminal()
-    add("terminal_type", kind)
-    add("terminal_session_id", place)
-    add("pid", agent)
-    add("shell_pid", shell)
-    add("project_dir", env("CLAUDE_PROJECT_DIR") or None)
-    if tool and arguments:
-        try:
-            add("tool_detail", one_line(tool_detail(tool, arguments, payload["tool_input"][1])) or None)
-        except (AttributeError, LookupError, TypeError):
-            pass  # arguments of another form than this tool's
-    body = json_text(payload)
-    if event != "PermissionRequest":
-        post(port, body, 0.8)
-        return
-    told = {key: payload[key] for key in ("session_id", "cwd", "transcript_path", "tool_name") if key in payload}
-    told.update(hook_event_name=(None, '"PostToolUseFailure"'), is_interrupt=(None, "true"))
-    request_permission(port, body, folder, waiting_mark(agent_id, tool, arguments) + str(os.getpid()),
-                       agent, None if agent_id else json_text(told))
 '''
 
 
@@ -582,13 +589,13 @@ def make_private(folder):
     return is_private(folder)
 
 
-def compiled_hook():
-    """HOOK's compiled form, kept for the next run. What it is run from, nobody else can have written, since the folder
-    is private; and it is whole, since it carries a checksum."""
+def compiled(text):
+    """A text's compiled form, kept for the next run. What it is run from, nobody else can have written, since the
+    folder is private; and it is whole, since it carries a checksum."""
     import marshal
     from _imp import source_hash
     version = sys.hexversion
-    path = "%s/%s-%s" % (FOLDER, sys.implementation.cache_tag, source_hash(version, HOOK.encode()).hex())
+    path = "%s/%s-%s" % (FOLDER, sys.implementation.cache_tag, source_hash(version, text.encode()).hex())
     try:
         if is_private(FOLDER):
             with open(path, "rb") as file:
@@ -597,7 +604,9 @@ def compiled_hook():
                 return marshal.loads(kept[8:])
     except OSError:
         pass
-    code = compile(HOOK, __file__, "exec")
+    import gc
+    gc.disable()  # it would go through all that the compiler makes, again and again
+    code = compile(text, __file__, "exec")
     try:
         if make_private(FOLDER):
             data, draft = marshal.dumps(code), "%s.%d" % (path, os.getpid())
@@ -613,7 +622,7 @@ if __name__ == "__main__":
     try:
         sys.path.pop(0)  # the folder of the user's hooks, which could pass for modules of the library
         FOLDER = private_folder()
-        exec(compiled_hook())
+        exec(compiled(HOOK))
         main()
     except BaseException:
         pass  # the agent must never see a failure of ours

@@ -63,6 +63,12 @@ class PrivateFolder(HookTest):
         self.delivered(event("Stop"))
         self.assertEqual([path.stat().st_ino for path in self.kept_code()], [before.st_ino])
 
+    def test_compiles_only_what_an_event_needs(self):
+        self.delivered(event("Stop"))
+        self.assertEqual(len(self.kept_code()), 1)
+        self.delivered(event("PreToolUse", tool_name="AskUserQuestion", tool_input={}))
+        self.assertEqual(len(self.kept_code()), 2)
+
     def test_compiles_again_when_the_kept_form_is_broken(self):
         self.delivered(event("Stop"))
         whole = self.kept_code()[0].read_bytes()

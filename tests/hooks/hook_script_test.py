@@ -275,7 +275,15 @@ class Surroundings(HookTest):
                 ({"ALACRITTY_WINDOW_ID": "9", **window}, "alacritty", "9"),
                 ({"TERM_PROGRAM": "WarpTerminal"}, "warp", ""),
                 (window, "x11-window", "4711"), ({}, "x11-window", ""),
-                ({"TMUX": "", "TMUX_PANE": ""}, "x11-window", "")):
+                ({"TMUX": "/tmp/a,b c,1,0", "TMUX_PANE": "%0", **window}, "tmux-pane", "/tmp/a,b c,%0"),
+                ({"TMUX_PANE": "%5", **window}, "x11-window", "4711"),
+                ({"KITTY_LISTEN_ON": "unix:/tmp/k", **window}, "x11-window", "4711"),
+                ({**konsole, "KONSOLE_DBUS_SESSION": "", **window}, "x11-window", "4711"),
+                ({**code, "CURSOR_TRACE_ID": "", "WINDSURF_X": ""}, "vscode", ""),
+                ({"TERM_PROGRAM": "ghostty"}, "ghostty", ""),
+                ({"ALACRITTY_SOCKET": "/run/a.sock", **window}, "alacritty", ""),
+                ({"WARP_IS_LOCAL_SHELL_SESSION": "1", **window}, "warp", ""),
+                ({name: "" for name in {**tmux, **kitty, **konsole, **code, **window}}, "x11-window", "")):
             with self.subTest(variables):
                 posted = self.delivered(event("Stop"), environment={**self.environment, **variables})
                 self.assertEqual((posted["terminal_type"], posted["terminal_session_id"]), (kind, place))
@@ -415,8 +423,10 @@ class Environments(HookTest):
 class Source(unittest.TestCase):
     def test_is_python_3_8(self):
         tree = ast.parse(SCRIPT.read_text(), feature_version=(3, 8))
-        hook = [node.value.value for node in tree.body if isinstance(node, ast.Assign) and node.targets[0].id == "HOOK"]
-        ast.parse(hook[0], feature_version=(3, 8))
+        texts = [node.value.value for node in tree.body if isinstance(node, ast.Assign)]
+        self.assertEqual(len(texts), 2)
+        for text in texts:
+            ast.parse(text, feature_version=(3, 8))
 
 
 class Imports(HookTest):
