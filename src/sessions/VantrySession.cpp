@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "sessions/SessionText.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <sys/stat.h>
@@ -38,6 +39,19 @@ QString folderNameByAgent(QString cwd)
             unit = u'-';
     }
     return cwd;
+}
+
+/// The names that a project's folder may have. The agent cuts a long one and appends a hash of its own.
+QStringList folderNames(const QString &projects, const QString &cwd)
+{
+    constexpr qsizetype longestName = 200;
+    const QString name = folderNameByAgent(cwd);
+    QStringList names { folderNameBySeparators(cwd), name };
+    if (name.size() > longestName) {
+        const QString beginning = name.first(longestName) + u'-';
+        names += QDir(projects).entryList({ QString(beginning + u'*') }, QDir::Dirs | QDir::CaseSensitive);
+    }
+    return names;
 }
 
 } // namespace
@@ -102,9 +116,9 @@ std::optional<QString> VantrySession::resolvedTranscriptPath(const QString &home
         return m_transcriptPath;
     if (!m_cwd)
         return std::nullopt;
-    for (const QString &folder : { folderNameBySeparators(*m_cwd), folderNameByAgent(*m_cwd) }) {
-        const QString path =
-            home + QStringLiteral("/.claude/projects/") + folder + u'/' + m_id + QStringLiteral(".jsonl");
+    const QString projects = home + QStringLiteral("/.claude/projects/");
+    for (const QString &folder : folderNames(projects, *m_cwd)) {
+        const QString path = projects + folder + u'/' + m_id + QStringLiteral(".jsonl");
         if (isRegularFile(path))
             return path;
     }

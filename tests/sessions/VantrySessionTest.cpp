@@ -330,6 +330,21 @@ TEST_F(TranscriptPath, isFoundUnderTheNameThatTheAgentGivesAFolder)
     EXPECT_EQ(m_session.resolvedTranscriptPath(home()), path);
 }
 
+TEST_F(TranscriptPath, isFoundUnderALongNameThatTheAgentCut)
+{
+    const QString cwd = u'/' + QString(150, u'a') + u'/' + QString(150, u'b');
+    const QString cut = u'-' + QString(150, u'a') + u'-' + QString(48, u'b') + u'-';
+    m_session.setCwd(cwd);
+    makeFile(QStringLiteral(".claude/projects/") + cut + QStringLiteral("000000/other.jsonl"));
+    EXPECT_EQ(m_session.resolvedTranscriptPath(home()), std::nullopt);
+
+    const QString path = makeTranscript(cut + QStringLiteral("x1y2z3"));
+
+    EXPECT_EQ(m_session.resolvedTranscriptPath(home()), path);
+    m_session.setCwd(cwd.left(200));
+    EXPECT_EQ(m_session.resolvedTranscriptPath(home()), std::nullopt) << "this name is not too long";
+}
+
 TEST_F(TranscriptPath, isARegularFileOrALinkToOne)
 {
     const QString file = makeFile(QStringLiteral("file"));
