@@ -27,6 +27,10 @@ TYPES.update(tool_input=dict, tool_response=dict, is_interrupt=bool, stop_hook_a
 PICKY = {"pid": lambda value: value % 1 == 0 and abs(value) < 2 ** 63, "timestamp": lambda value: abs(value) < 1.7e308,
          "permission_suggestions": lambda value: all(type(item) is dict for item in value)}
 PICKY["shell_pid"] = PICKY["pid"]
+# Programs that open a terminal in a window, as the system names their processes: 15 bytes at most.
+WINDOWED = ("xterm urxvt kitty konsole alacritty ghostty foot footclient wezterm-gui gnome-terminal- kgx ptyxis-agent "
+            "xfce4-terminal mate-terminal lxterminal qterminal terminator tilix code code-insiders cursor windsurf "
+            "zed-editor").split()
 SHELLS = "sh bash dash zsh fish ksh mksh tcsh csh ash nu elvish xonsh pwsh".split()
 # What tells most about a tool call, in this order.
 TELLING = "command file_path notebook_path pattern url query skill subject description prompt".split()
@@ -158,12 +162,18 @@ def whereabouts():
     return pid if pid > 1 else None, shells[0] if shells else None
 
 
-def terminal():
+def has_left_tmux(agent):
+    """Whether a window that was opened from a pane, and was handed its variables, is nearer to the agent than tmux."""
+    near = [name for _, name in lineage(agent) if name in WINDOWED or name == "tmux: server"]
+    return near[:1] not in ([], ["tmux: server"])
+
+
+def terminal(agent):
     """(type, session id). tmux comes first: inside it the variables of the terminal around it may be stale."""
     for place, part, kind in (("TMUX", "TMUX_PANE", "tmux-pane"),
                               ("KITTY_LISTEN_ON", "KITTY_WINDOW_ID", "kitty-window"),
                               ("KONSOLE_DBUS_SERVICE", "KONSOLE_DBUS_SESSION", "konsole-session")):
-        if env(place) and env(part):
+        if env(place) and env(part) and not (place == "TMUX" and agent and has_left_tmux(agent)):
             return kind, (env(place).rsplit(",", 2)[0] if place == "TMUX" else env(place)) + "," + env(part)
     program = env("TERM_PROGRAM", "")
     if program == "vscode":
@@ -320,7 +330,7 @@ def main():
         tend_worktree(event, given("cwd"), given("name"), given("worktree_path"))
 
     agent, shell = whereabouts()
-    kind, place = terminal()
+    kind, place = terminal(agent)
     add("terminal_type", kind)
     add("terminal_session_id", place)
     add("pid", agent)

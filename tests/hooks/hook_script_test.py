@@ -3,6 +3,7 @@ import ast
 import json
 import os
 import re
+import shlex
 import shutil
 import socket
 import subprocess
@@ -286,6 +287,27 @@ class Surroundings(HookTest):
                 ({name: "" for name in {**tmux, **kitty, **konsole, **code, **window}}, "x11-window", "")):
             with self.subTest(variables):
                 posted = self.delivered(event("Stop"), environment={**self.environment, **variables})
+                self.assertEqual((posted["terminal_type"], posted["terminal_session_id"]), (kind, place))
+
+    def test_tells_the_window_that_was_opened_from_a_tmux_pane(self):
+        inherited = {"TMUX": "/tmp/tmux-1000/default,123,0", "TMUX_PANE": "%5", "WINDOWID": "4711"}
+        for parents, kind, place in ((("xterm",), "x11-window", "4711"),
+                                     (("tmux: server",), "tmux-pane", "/tmp/tmux-1000/default,%5"),
+                                     (("tmux: server", "xterm"), "x11-window", "4711"),
+                                     (("xterm", "tmux: server"), "tmux-pane", "/tmp/tmux-1000/default,%5"),
+                                     (("some-window",), "tmux-pane", "/tmp/tmux-1000/default,%5")):
+            with self.subTest(parents):
+                command = "sleep 1000 & echo $!; wait"
+                for name in reversed(parents):
+                    if not (self.folder / name).exists():
+                        (self.folder / name).symlink_to("/bin/bash")
+                    command = "%s -c %s; true" % (shlex.quote(str(self.folder / name)), shlex.quote(command))
+                top = self.start_process(["bash", "-c", command], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+                agent = int(top.stdout.readline())
+                self.addCleanup(os.kill, agent, 9)
+                self.addCleanup(top.stdout.close)
+                posted = self.delivered(event("Stop"),
+                                        environment={**self.environment, **inherited, "CLAUDE_PID": str(agent)})
                 self.assertEqual((posted["terminal_type"], posted["terminal_session_id"]), (kind, place))
 
     def test_tells_the_project(self):
