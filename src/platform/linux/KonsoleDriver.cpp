@@ -122,7 +122,7 @@ bool isClosed(KonsoleRemote &konsole, int session)
 std::optional<MainWindow> windowOfItsOwn(KonsoleRemote &konsole, int session)
 {
     const auto window = konsole.windowOf(session);
-    const auto mainWindow = window ? konsole.mainWindowOf(*window) : std::nullopt;
+    auto mainWindow = window ? konsole.mainWindowOf(*window) : std::nullopt;
     if (!mainWindow || window->sessions.size() == 1)
         return mainWindow;
     const std::vector<MainWindow> before = konsole.mainWindows();
@@ -249,10 +249,10 @@ TerminalDriver::Failure KonsoleDriver::open(const TerminalTarget &target, const 
     // What is typed before the shell reads stays in the terminal's own buffer, which is short, and shows twice.
     konsole.waitUntil([&] { return hasLineEditor(shell); }, m_patience / 2);
     konsole.sendText(session, command.commandLine + u'\r');
-    const Failure failure = textOf(konsole.failure());
-    if (!failure)
-        raise(konsole, *window, m_applications);
-    return failure;
+    if (konsole.failure())
+        return textOf(konsole.failure());
+    raise(konsole, *window, m_applications);
+    return std::nullopt;
 }
 
 std::optional<TerminalTarget> KonsoleDriver::findPlaceToOpen()
