@@ -5,7 +5,10 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 
 namespace vantry::test {
 
@@ -71,7 +74,9 @@ Desktop::~Desktop()
     m_programs.clear();
     m_windowManager.reset();
     m_bus.reset();
-    m_server.reset();
+    endServer();
+    // What others have started ends a moment later, and may still write into the home folder.
+    EXPECT_TRUE(eventually([this] { return QDir(m_folder.path()).removeRecursively(); }));
     for (const auto &[variable, value] : m_formerEnvironment.asKeyValueRange()) {
         if (value)
             qputenv(variable.constData(), *value);
@@ -82,17 +87,30 @@ Desktop::~Desktop()
 
 void Desktop::startServer()
 {
-    // The server takes the first display that is free and tells which.
+    // A display that no other test takes over when this server ends in the midst of a test, as the first free one
+    // would be.
+    const auto number = QString::number(1'000 + ::getpid() % 50'000);
+    m_display = u':' + number;
     m_server =
         std::make_unique<ChildProcess>(u"Xvfb"_s,
-                                       QStringList { u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1920x1080x24"_s,
-                                                     u"-noreset"_s, u"-nolisten"_s, u"tcp"_s },
+                                       QStringList { m_display, u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+                                                     u"1920x1080x24"_s, u"-noreset"_s, u"-nolisten"_s, u"tcp"_s },
                                        m_environment);
     m_server->setStandardErrorFile(QProcess::nullDevice());
     m_server->begin();
-    m_display = u':' + QString::fromStdString(m_server->nextLine());
-    EXPECT_GT(m_display.size(), 1) << "Xvfb did not start";
+    EXPECT_EQ(QString::fromStdString(m_server->nextLine()), number) << "Xvfb did not start";
     m_environment.insert(u"DISPLAY"_s, m_display);
+}
+
+void Desktop::endServer()
+{
+    // It takes its files away, unless a test has killed it.
+    m_server->sendSignal(SIGCONT);
+    m_server->sendSignal(SIGTERM);
+    m_server->waitForFinished();
+    m_server.reset();
+    QFile::remove(u"/tmp/.X11-unix/X"_s + m_display.sliced(1));
+    QFile::remove(u"/tmp/.X%1-lock"_s.arg(m_display.sliced(1)));
 }
 
 void Desktop::startBus()

@@ -63,6 +63,7 @@ public:
 
 private:
     void startServer();
+    void endServer();
     void startBus();
     void startWindowManager();
     void setEnvironment();
