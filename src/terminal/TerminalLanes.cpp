@@ -60,7 +60,7 @@ private:
     void beginStep(const QString &name)
     {
         std::deque<Step> &steps = m_lanes[name].jobs.front().steps;
-        const Step step = std::move(steps.front());
+        Step step = std::move(steps.front());
         steps.pop_front();
         const auto post = [&mainQueue = m_mainQueue, weak = weak_from_this(), name,
                            pause = step.pauseAfter](Failure failure) {
@@ -72,7 +72,11 @@ private:
         if (Failure refusal = step.mayBegin ? step.mayBegin() : std::nullopt)
             post(std::move(refusal));
         else
-            m_workers.run([call = step.call, post] { post(failureOf(call)); });
+            m_workers.run([call = std::move(step.call), post]() mutable {
+                Failure failure = failureOf(call);
+                call = nullptr; // What it holds goes before the end is told.
+                post(std::move(failure));
+            });
     }
 
     void endStep(const QString &name, std::chrono::milliseconds pause, const Failure &failure)
