@@ -15,7 +15,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <ranges>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -24,7 +24,7 @@ namespace vantry {
 namespace {
 
 constexpr std::string_view extension = ".jsonl";
-constexpr qsizetype sessionsShown = 5;
+constexpr std::size_t sessionsShown = 5;
 constexpr std::size_t firstMessageReach = 8192;   ///< Bytes.
 constexpr std::size_t directoryReach = 64 * 1024; ///< Bytes, into which the first line with a "cwd" falls.
 constexpr qsizetype longestFirstMessage = 80;     ///< Characters.
@@ -98,7 +98,7 @@ std::vector<Folder> readFolders(const std::string &root)
 {
     std::vector<Folder> folders;
     for (const std::string &name : entries(root)) {
-        if (!isDirectory(root + '/' + name))
+        if (!isDirectory(std::string(root).append("/").append(name)))
             continue;
         Folder folder = readFolder(root, name);
         if (!folder.transcripts.empty())
@@ -188,7 +188,8 @@ RecentProject makeProject(const std::string &root, const Folder &folder, const Q
     project.path = directory;
     project.name = lastPathComponent(directory);
     project.lastUsed = folder.transcripts.front().lastUsed;
-    for (const Transcript &transcript : folder.transcripts | std::views::take(sessionsShown)) {
+    const std::size_t shown = std::min(folder.transcripts.size(), sessionsShown);
+    for (const Transcript &transcript : std::span(folder.transcripts).first(shown)) {
         const std::string id = transcript.name.substr(0, transcript.name.size() - extension.size());
         project.sessions.append({ QFile::decodeName(id.c_str()), transcript.lastUsed,
                                   firstMessage(root + '/' + folder.name + '/' + transcript.name) });

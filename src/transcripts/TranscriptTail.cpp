@@ -13,7 +13,7 @@ std::optional<std::string_view> TranscriptTail::read(const TranscriptFile &file)
 {
     if (!m_buffer) {
         // Left unset: memory that nobody touches costs nothing.
-        m_buffer.reset(new char[longestTranscriptTail + TranscriptLines::padding]);
+        m_buffer = std::make_unique_for_overwrite<char[]>(longestTranscriptTail + TranscriptLines::padding);
         std::memset(m_buffer.get() + longestTranscriptTail, 0, TranscriptLines::padding);
     }
     m_file = &file;
