@@ -15,8 +15,6 @@
 #include <cerrno>
 #include <vector>
 
-extern char **environ;
-
 namespace vantry {
 namespace {
 

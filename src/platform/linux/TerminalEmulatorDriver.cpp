@@ -75,7 +75,7 @@ std::optional<TerminalEmulator> TerminalEmulator::find(const QString &command)
         return TerminalEmulator { executable, options + introductionFor(executable) };
     };
     // A path may hold blanks itself.
-    if (const auto whole = make(command.trimmed(), {}))
+    if (auto whole = make(command.trimmed(), {}))
         return whole;
     const QStringList words = command.simplified().split(u' ');
     return make(words.first(), words.mid(1));
