@@ -272,7 +272,7 @@ std::optional<QString> TerminalBridge::refusalOfText(const VantrySession &sessio
 
 std::optional<QString> TerminalBridge::refusalOfAnswer(const VantrySession &session, int index) const
 {
-    if (const auto defect = TypingRules::defectOfIndex(session, index))
+    if (auto defect = TypingRules::defectOfIndex(session, index))
         return defect;
     if (!canType(session))
         return reasonAgainstTyping(session);
@@ -309,9 +309,8 @@ bool TerminalBridge::hasJustAnswered(const VantrySession &session) const
 
 TerminalBridge::Completion TerminalBridge::noteAnswer(const VantrySession &session, Completion completion)
 {
-    const QString id = session.id();
-    m_answers.insert_or_assign(id, Answer { .questions = *session.questions() });
-    return [this, id, completion = std::move(completion)](const auto &failure) {
+    m_answers.insert_or_assign(session.id(), Answer { .questions = *session.questions() });
+    return [this, id = session.id(), completion = std::move(completion)](const auto &failure) {
         if (failure)
             m_answers.erase(id);
         else
