@@ -205,10 +205,17 @@ TEST_F(KittyDriverProtocol, takesAKittyThatEndsWithItsLastWindowForClosed)
     EXPECT_EQ(kitty.commands()[1].at("payload"), (json { { "match", "id:3" } }));
 }
 
+TEST_F(KittyDriverProtocol, takesAWindowThatGoesByItselfForClosed)
+{
+    FakeKitty kitty(obeyBut("close-window", FakeKitty::bad("No matching windows for expression: id:3")));
+
+    EXPECT_EQ(driver.close(targetIn(kitty)), noFailure);
+}
+
 TEST_F(KittyDriverProtocol, passesOnWhatKittySaysAgainstACommand)
 {
-    FakeKitty gone(obeyBut("close-window", FakeKitty::bad("No matching windows for expression: id:3")));
-    EXPECT_EQ(driver.close(targetIn(gone)), u"the kitty window is gone"_s);
+    FakeKitty gone(obeyBut("focus-window", FakeKitty::bad("No matching windows for expression: id:3")));
+    EXPECT_EQ(driver.focus(targetIn(gone)), u"the kitty window is gone"_s);
     FakeKitty broken(obeyBut("close-window", FakeKitty::bad("KeyError: 3\nTraceback")));
     EXPECT_EQ(driver.close(targetIn(broken)), u"kitty refused: KeyError: 3"_s);
 }

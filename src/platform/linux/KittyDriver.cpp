@@ -194,8 +194,10 @@ TerminalDriver::Failure KittyDriver::close(const TerminalTarget &target)
 {
     return textOf(withWindow(target, m_patience, [](KittyRemote &kitty, const KittyWindow &window) {
         auto failure = ask(kitty, "close-window", { { "match", window.match() } });
-        // Without its last window it ends, and may not come to answer.
-        return failure && failure->kind == Kind::Unreachable ? std::nullopt : failure;
+        // What ran in the window may have ended by itself by now, and without its last window kitty ends, too, and may
+        // not come to answer.
+        const bool isClosed = failure && (failure->kind == Kind::NoWindow || failure->kind == Kind::Unreachable);
+        return isClosed ? std::nullopt : failure;
     }));
 }
 
