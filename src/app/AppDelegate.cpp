@@ -20,6 +20,9 @@ AppDelegate::AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort)
                 m_paths.home)
 {
     m_control.onQuit = [this] { quitApp(); };
+    m_transcriptIndexer.onProgress = [this](TranscriptIndexer::Progress progress) {
+        m_control.announceBackfill(static_cast<std::size_t>(progress.done), static_cast<std::size_t>(progress.total));
+    };
 }
 
 ControlEndpoint::Publication AppDelegate::publishControl()
@@ -34,6 +37,7 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     m_log.delegate().write("applicationDidFinishLaunching started"sv);
     m_sessionManager.restoreSessions();
+    m_transcriptIndexer.backfill(m_store);
     connectHookIntake();
     connectHeldPermissions();
     startHttpServer();
@@ -121,7 +125,8 @@ TerminalBridge::Ports AppDelegate::terminalPorts()
              .scripts = m_ports.scripts,
              .applications = m_ports.applications,
              .drivers = m_ports.terminals,
-             .liveSessions = [this] { return m_sessionManager.sessions(); } };
+             .liveSessions = [this] { return m_sessionManager.sessions(); },
+             .agentHelp = m_ports.agentHelp };
 }
 
 void AppDelegate::closeStore()

@@ -23,10 +23,12 @@
 #include "sessions/SessionManager.h"
 #include "sessions/SessionStore.h"
 #include "terminal/TerminalBridge.h"
+#include "transcripts/TranscriptIndexer.h"
 #include "transcripts/TranscriptReader.h"
 
 #include <QObject>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -52,6 +54,8 @@ public:
         ScriptHost &scripts;
         /// In the order in which they are asked.
         std::vector<TerminalDriver *> terminals {};
+        /// What the agent prints about its options. Called off the main thread. Unset: nothing.
+        std::function<std::optional<QString>()> agentHelp {};
     };
 
     AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort = HTTPHookServer::defaultPort);
@@ -83,10 +87,10 @@ private:
     const Ports m_ports;
     DebugLog m_log { m_paths.debugLog(), m_ports.clock };
     Defaults m_defaults { m_paths.configFile, m_ports.mainQueue, m_log.general() };
-    WorkerPool m_workers;
+    SessionStore m_store { m_paths.database(), m_ports.clock, m_log.general() };
+    WorkerPool m_workers; ///< Its tasks use all of the above.
     HTTPHookServer m_httpServer;
     PendingPermissionStore m_pendingPermissions { m_ports.clock, m_ports.scheduler, m_log.general() };
-    SessionStore m_store { m_paths.database(), m_ports.clock, m_log.general() };
     LiveProcessChecker m_processChecker { m_ports.processes };
     GitFacts m_gitFacts { m_ports.mainQueue, m_workers };
     SessionManager m_sessionManager { m_store,       m_processChecker, m_gitFacts, m_pendingPermissions,
@@ -94,6 +98,7 @@ private:
     TerminalBridge m_terminalBridge;
     SessionActions m_sessionActions { { m_sessionManager, m_pendingPermissions, m_terminalBridge, m_ports.scheduler,
                                         m_log.general() } };
+    TranscriptIndexer m_transcriptIndexer { m_paths.home, m_defaults, m_ports.mainQueue, m_workers, m_log.general() };
     std::optional<TranscriptReader> m_transcriptReader;
     SessionChanges m_sessionChanges { m_sessionManager, m_ports.mainQueue };
     ControlService m_control;

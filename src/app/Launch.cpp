@@ -73,14 +73,9 @@ int runApplication(const command::Start &start, Console &console)
     const auto processes = platform::makeProcessTable(paths);
     const auto peers = platform::makePeerIdentity();
     const auto endpoint = platform::makeControlEndpoint();
-    const auto applications = platform::makeApplications(*processes);
-    const auto scripts = platform::makeScriptHost(*applications, mainQueue);
-    const auto terminals = platform::makeTerminalDrivers(*applications, *processes);
-    std::vector<TerminalDriver *> terminalDrivers;
-    for (const auto &terminal : terminals)
-        terminalDrivers.push_back(terminal.get());
-    AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *applications, *scripts,
-                                  std::move(terminalDrivers) });
+    const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
+    AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
+                                  *terminals.scripts, terminals.driverList(), platform::agentHelp });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);

@@ -1,10 +1,19 @@
 #include "app/Platform.h"
 
+#include "platform/linux/AgentHelp.h"
 #include "platform/linux/DBusControlClient.h"
 #include "platform/linux/DBusControlEndpoint.h"
+#include "platform/linux/KittyDriver.h"
+#include "platform/linux/KonsoleDriver.h"
+#include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxListeningPorts.h"
 #include "platform/linux/LinuxPeerIdentity.h"
 #include "platform/linux/LinuxProcessTable.h"
+#include "platform/linux/LinuxScriptHost.h"
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/TerminalEmulatorDriver.h"
+#include "platform/linux/TmuxDriver.h"
+#include "platform/linux/X11WindowDriver.h"
 
 namespace vantry::platform {
 
@@ -33,53 +42,37 @@ std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths)
     return std::make_unique<LinuxProcessTable>(paths.dataFolder);
 }
 
-namespace {
-
-class NoApplications final : public Applications
+std::vector<TerminalDriver *> Terminals::driverList() const
 {
-public:
-    [[nodiscard]] QSet<QString> runningNames() const override { return {}; }
-    bool activate(const QString &) override { return false; }
-    bool activateBundle(const QString &) override { return false; }
-    bool raise(WindowID) override { return false; }
-    [[nodiscard]] std::optional<WindowID> windowOf(std::int64_t) const override { return std::nullopt; }
-};
-
-class NoScripts final : public ScriptHost
-{
-public:
-    explicit NoScripts(MainQueue &mainQueue)
-        : m_mainQueue(mainQueue)
-    {}
-    void run(const AppleScript &, Done done) override { refuse(std::move(done)); }
-    void runTool(const QString &, const QStringList &, Done done) override { refuse(std::move(done)); }
-
-private:
-    void refuse(Done done)
-    {
-        m_mainQueue.post([done = std::move(done)] {
-            done({ .launchError = std::nullopt, .unsupported = QStringLiteral("scripts are not run here") });
-        });
-    }
-
-    MainQueue &m_mainQueue;
-};
-
-} // namespace
-
-std::unique_ptr<Applications> makeApplications(ProcessTable &)
-{
-    return std::make_unique<NoApplications>();
+    std::vector<TerminalDriver *> list;
+    for (const auto &driver : drivers)
+        list.push_back(driver.get());
+    return list;
 }
 
-std::unique_ptr<ScriptHost> makeScriptHost(Applications &, MainQueue &mainQueue)
+Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue)
 {
-    return std::make_unique<NoScripts>(mainQueue);
+    constexpr int scriptsAtOnce = 2;
+    Terminals terminals;
+    terminals.applications = std::make_unique<LinuxApplications>(processes);
+    Applications &applications = *terminals.applications;
+    terminals.workers = std::make_unique<WorkerPool>(scriptsAtOnce, WorkerPool::Priority::Normal);
+    terminals.scripts = std::make_unique<LinuxScriptHost>(applications, *terminals.workers, mainQueue);
+
+    auto kitty = std::make_unique<KittyDriver>(applications);
+    auto konsole = std::make_unique<KonsoleDriver>(sessionBusAddress(), applications);
+    const std::vector<TerminalDriver *> aroundTmux { kitty.get(), konsole.get() };
+    terminals.drivers.push_back(std::make_unique<TmuxDriver>(applications, processes, aroundTmux));
+    terminals.drivers.push_back(std::move(kitty));
+    terminals.drivers.push_back(std::move(konsole));
+    terminals.drivers.push_back(std::make_unique<X11WindowDriver>(applications));
+    terminals.drivers.push_back(std::make_unique<TerminalEmulatorDriver>());
+    return terminals;
 }
 
-std::vector<std::unique_ptr<TerminalDriver>> makeTerminalDrivers(Applications &, ProcessTable &)
+std::optional<QString> agentHelp()
 {
-    return {};
+    return vantry::agentHelp();
 }
 
 bool hasDisplay()

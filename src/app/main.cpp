@@ -69,7 +69,11 @@ public:
         const auto running = client();
         const auto peers = platform::makePeerIdentity();
         const auto ports = platform::makeListeningPorts();
-        const DoctorChecks checks({ m_paths, *running, *peers, *ports, {}, port });
+        QtMainQueue mainQueue;
+        const auto processes = platform::makeProcessTable(m_paths);
+        const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
+        const DoctorChecks checks(
+            { m_paths, *running, *peers, *ports, {}, port, terminals.driverList(), platform::hasDisplay() });
         return printDoctor(doctor, checks.all(), m_console);
     }
     int operator()(const command::Quit &)

@@ -66,6 +66,35 @@ TEST(CommandLine, readsTheCommandsOnOneSession)
     EXPECT_EQ(parsed<command::Deny>(u"deny abc"_s), (command::Deny { u"abc"_s, command::Deny::Agent::GoesOn }));
 }
 
+TEST(CommandLine, readsWhatIsSentAndChosen)
+{
+    EXPECT_EQ(parsed<command::Focus>(u"focus abc"_s).id, u"abc");
+    EXPECT_EQ(parsed<command::Answer>(u"answer abc 0"_s), (command::Answer { u"abc"_s, 0 }));
+    EXPECT_EQ(parsed<command::Answer>(u"answer abc 12"_s), (command::Answer { u"abc"_s, 12 }));
+    EXPECT_EQ(parsed<command::Send>(u"send abc Go on now"_s), (command::Send { u"abc"_s, u"Go on now"_s }));
+    EXPECT_EQ(parsed<command::Send>(u"send abc -- --stop it"_s), (command::Send { u"abc"_s, u"--stop it"_s }));
+}
+
+TEST(CommandLine, readsHowToLaunch)
+{
+    using Mode = command::Launch::Mode;
+    EXPECT_EQ(parsed<command::Launch>(u"launch ."_s), (command::Launch { u"."_s }));
+    EXPECT_EQ(parsed<command::Launch>(u"launch /a --continue --mode planMode"_s),
+              (command::Launch { u"/a"_s, Mode::ContinueLatest, {}, AgentPermissionMode::planMode }));
+    EXPECT_EQ(parsed<command::Launch>(u"launch --resume abc --mode=autoAcceptEdits /a"_s),
+              (command::Launch { u"/a"_s, Mode::Resume, u"abc"_s, AgentPermissionMode::autoAcceptEdits }));
+    EXPECT_EQ(parsed<command::Launch>(u"launch /a --resume=a=b"_s),
+              (command::Launch { u"/a"_s, Mode::Resume, u"a=b"_s }));
+}
+
+TEST(CommandLine, readsWhatIsReadFromTranscripts)
+{
+    EXPECT_EQ(parsed<command::Projects>(u"projects --json --limit 3"_s), (command::Projects { 3, OutputForm::Json }));
+    EXPECT_EQ(parsed<command::Messages>(u"messages abc"_s), (command::Messages { u"abc"_s, 20, OutputForm::Text }));
+    EXPECT_EQ(parsed<command::Messages>(u"messages a/b.jsonl --limit=7 --json"_s),
+              (command::Messages { u"a/b.jsonl"_s, 7, OutputForm::Json }));
+}
+
 TEST(CommandLine, takesOptionsBeforeAndBehindTheArguments)
 {
     const command::Deny stops { u"abc"_s, command::Deny::Agent::Stops };
@@ -130,9 +159,19 @@ INSTANTIATE_TEST_SUITE_P(
            QStringList { u"status"_s, u"abc"_s }, QStringList { u"status"_s, u"--stop"_s }, QStringList { u"allow"_s },
            QStringList { u"allow"_s, u""_s }, QStringList { u"allow"_s, u"a"_s, u"b"_s },
            QStringList { u"allow"_s, u"a"_s, u"--json"_s }, QStringList { u"allow"_s, u"--"_s },
-           QStringList { u"kill"_s, u"a"_s, u"--stop"_s }, QStringList { u"search"_s },
-           QStringList { u"search"_s, u" "_s }, QStringList { u"search"_s, u"a"_s, u"--limit"_s },
-           QStringList { u"search"_s, u"a"_s, u"--limit"_s, u"0"_s },
+           QStringList { u"answer"_s, u"a"_s }, QStringList { u"answer"_s, u"a"_s, u"x"_s },
+           QStringList { u"answer"_s, u"a"_s, u"-1"_s }, QStringList { u"answer"_s, u"a"_s, u"1.0"_s },
+           QStringList { u"answer"_s, u"a"_s, u"2147483648"_s }, QStringList { u"answer"_s, u"a"_s, u"1"_s, u"2"_s },
+           QStringList { u"send"_s, u"a"_s }, QStringList { u"send"_s, u"a"_s, u" "_s, u"\n"_s },
+           QStringList { u"send"_s, u""_s, u"a"_s }, QStringList { u"focus"_s }, QStringList { u"launch"_s },
+           QStringList { u"launch"_s, u"a"_s, u"b"_s }, QStringList { u"launch"_s, u"a"_s, u"--resume"_s },
+           QStringList { u"launch"_s, u"a"_s, u"--resume="_s }, QStringList { u"launch"_s, u"a"_s, u"--mode"_s },
+           QStringList { u"launch"_s, u"a"_s, u"--mode=plan"_s }, QStringList { u"launch"_s, u"a"_s, u"--json"_s },
+           QStringList { u"launch"_s, u"a"_s, u"--continue"_s, u"--resume"_s, u"b"_s }, QStringList { u"messages"_s },
+           QStringList { u"messages"_s, u"a"_s, u"b"_s }, QStringList { u"projects"_s, u"a"_s },
+           QStringList { u"recent"_s, u"--continue"_s }, QStringList { u"kill"_s, u"a"_s, u"--stop"_s },
+           QStringList { u"search"_s }, QStringList { u"search"_s, u" "_s },
+           QStringList { u"search"_s, u"a"_s, u"--limit"_s }, QStringList { u"search"_s, u"a"_s, u"--limit"_s, u"0"_s },
            QStringList { u"search"_s, u"a"_s, u"--limit=-1"_s },
            QStringList { u"recent"_s, u"--limit"_s, u"2147483648"_s },
            QStringList { u"recent"_s, u"--limit"_s, u"3.5"_s }, QStringList { u"recent"_s, u"--limit"_s, u"x"_s },

@@ -57,10 +57,12 @@ TEST_F(Watch, printsOneDocumentForEachChange)
     client.listener.onChanged(u"{\"id\":\"a\",\"state\":\"ready\"}"_s);
     client.listener.onRemoved(u"a"_s);
     client.listener.onListening(false);
+    client.listener.onBackfill(3, 120);
 
     EXPECT_EQ(console.output, "{\"event\":\"changed\",\"session\":{\"id\":\"a\",\"state\":\"ready\"}}\n"
                               "{\"event\":\"removed\",\"id\":\"a\"}\n"
-                              "{\"event\":\"listening\",\"listening\":false}\n");
+                              "{\"event\":\"listening\",\"listening\":false}\n"
+                              "{\"event\":\"backfill\",\"done\":3,\"total\":120}\n");
 }
 
 TEST_F(Watch, printsOneLineForEachChangeForPeople)

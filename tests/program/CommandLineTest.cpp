@@ -45,18 +45,23 @@ TEST_P(WrongUsage, exitsTwoWithOneLine)
 
 INSTANTIATE_TEST_SUITE_P(
     CommandLine, WrongUsage,
-    ::testing::Values(Call { "UnknownCommand", { "nonsense" } }, Call { "UnknownOption", { "--nonsense" } },
-                      Call { "UnknownOptionOfACommand", { "status", "--nonsense" } },
-                      Call { "TooManyWords", { "status", "now" } }, Call { "AllowWithoutId", { "allow" } },
-                      Call { "AllowWithEmptyId", { "allow", "" } }, Call { "AllowWithTwoIds", { "allow", "a", "b" } },
-                      Call { "DenyWithoutId", { "deny", "--stop" } },
-                      Call { "StopWhereItDoesNotBelong", { "allow", "a", "--stop" } },
-                      Call { "AlwaysAllowWithoutId", { "always-allow" } }, Call { "KillWithoutId", { "kill" } },
-                      Call { "SearchWithoutWords", { "search" } },
-                      Call { "LimitWithoutNumber", { "search", "a", "--limit" } },
-                      Call { "LimitOfWords", { "search", "a", "--limit", "many" } },
-                      Call { "NegativeLimit", { "recent", "--limit", "-1" } }, Call { "HookAlone", { "hook" } },
-                      Call { "UnknownHookCommand", { "hook", "remove" } }),
+    ::testing::Values(
+        Call { "UnknownCommand", { "nonsense" } }, Call { "UnknownOption", { "--nonsense" } },
+        Call { "UnknownOptionOfACommand", { "status", "--nonsense" } }, Call { "TooManyWords", { "status", "now" } },
+        Call { "AllowWithoutId", { "allow" } }, Call { "AllowWithEmptyId", { "allow", "" } },
+        Call { "AllowWithTwoIds", { "allow", "a", "b" } }, Call { "DenyWithoutId", { "deny", "--stop" } },
+        Call { "StopWhereItDoesNotBelong", { "allow", "a", "--stop" } },
+        Call { "AlwaysAllowWithoutId", { "always-allow" } }, Call { "KillWithoutId", { "kill" } },
+        Call { "SendWithoutText", { "send", "a" } }, Call { "SendOfBlanks", { "send", "a", " \n" } },
+        Call { "AnswerWithoutIndex", { "answer", "a" } }, Call { "NegativeIndex", { "answer", "a", "-1" } },
+        Call { "FocusWithoutId", { "focus" } }, Call { "LaunchWithoutPath", { "launch" } },
+        Call { "UnknownMode", { "launch", "/", "--mode", "none" } },
+        Call { "ResumeAndContinue", { "launch", "/", "--resume", "a", "--continue" } },
+        Call { "MessagesOfNothing", { "messages" } }, Call { "ProjectsOfWhat", { "projects", "a" } },
+        Call { "SearchWithoutWords", { "search" } }, Call { "LimitWithoutNumber", { "search", "a", "--limit" } },
+        Call { "LimitOfWords", { "search", "a", "--limit", "many" } },
+        Call { "NegativeLimit", { "recent", "--limit", "-1" } }, Call { "HookAlone", { "hook" } },
+        Call { "UnknownHookCommand", { "hook", "remove" } }),
     nameOf);
 
 class NothingRunning : public ::testing::TestWithParam<Call>
@@ -77,7 +82,10 @@ INSTANTIATE_TEST_SUITE_P(CommandLine, NothingRunning,
                          ::testing::Values(Call { "Status", { "status" } }, Call { "Watch", { "watch" } },
                                            Call { "Allow", { "allow", "one" } }, Call { "Deny", { "deny", "one" } },
                                            Call { "AlwaysAllow", { "always-allow", "one" } },
-                                           Call { "Kill", { "kill", "one" } }, Call { "Quit", { "quit" } }),
+                                           Call { "Kill", { "kill", "one" } }, Call { "Send", { "send", "one", "a" } },
+                                           Call { "Answer", { "answer", "one", "0" } },
+                                           Call { "Focus", { "focus", "one" } }, Call { "Launch", { "launch", "/" } },
+                                           Call { "Quit", { "quit" } }),
                          nameOf);
 
 TEST(CommandLine, statusTellsScriptsThatNothingRuns)
@@ -99,8 +107,10 @@ TEST(CommandLine, helpNamesEveryCommand)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
     for (const char *word :
-         { "--headless", "status", "watch", "allow", "deny", "always-allow", "kill", "search", "recent", "hook install",
-           "hook status", "doctor", "quit", "--version", "--json", "--stop", "--limit" })
+         { "--headless", "status",    "watch",    "allow",    "deny",         "always-allow", "kill",
+           "answer",     "send",      "focus",    "launch",   "--resume",     "--continue",   "--mode",
+           "search",     "recent",    "projects", "messages", "hook install", "hook status",  "doctor",
+           "quit",       "--version", "--json",   "--stop",   "--limit" })
         EXPECT_THAT(help.out, HasSubstr(word));
 }
 
@@ -120,7 +130,9 @@ TEST(CommandLine, takesALeadingPartOfAnId)
     ASSERT_TRUE(vantry.shows("abc-1", "heldPermissions", 1));
     vantry.post(event("SessionStart", "xyz"));
 
-    EXPECT_EQ(vantry.run({ "allow", "ab" }).exitCode, 0);
+    const CommandResult result = vantry.run({ "allow", "ab" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.err;
 
     EXPECT_THAT(call.body(), HasSubstr("allow"));
 }

@@ -8,6 +8,7 @@
 #include "platform/ControlClient.h"
 #include "platform/ListeningPorts.h"
 #include "platform/PeerIdentity.h"
+#include "platform/TerminalDriver.h"
 
 #include <QList>
 #include <QString>
@@ -16,6 +17,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace vantry {
 
@@ -45,6 +47,8 @@ public:
         const ListeningPorts &ports;
         QStringList searchPath; ///< The folders in which programs are looked for.
         std::uint16_t port;
+        std::vector<TerminalDriver *> terminals {};
+        bool hasDisplay { false };
     };
 
     explicit DoctorChecks(const Surroundings &surroundings)
@@ -64,6 +68,10 @@ public:
     [[nodiscard]] DoctorCheck dataFolder() const;
     [[nodiscard]] DoctorCheck log() const;
     [[nodiscard]] DoctorCheck peerIdentity() const;
+    [[nodiscard]] DoctorCheck display() const;
+    /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
+    /// can't be.
+    [[nodiscard]] QList<DoctorCheck> terminals() const;
 
 private:
     [[nodiscard]] QString find(const QString &program) const;

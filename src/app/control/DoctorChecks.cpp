@@ -1,5 +1,6 @@
 #include "app/control/Doctor.h"
 
+#include "app/control/StatusText.h"
 #include "base/Subprocess.h"
 #include "hooks/HookInstaller.h"
 
@@ -10,7 +11,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <chrono>
+#include <future>
 #include <memory>
 
 #include <netinet/in.h>
@@ -106,12 +109,28 @@ private:
     int m_accepted { -1 };
 };
 
+/// What keeps the session's terminal from being driven; nothing also where no driver knows its kind.
+std::optional<TerminalDriver::Problem> terminalProblem(const SessionRow &session,
+                                                       const std::vector<TerminalDriver *> &drivers)
+{
+    const QString type = session.terminalType;
+    // Some terminals report their name alone when they can't be driven; their driver knows why.
+    const auto driver = std::ranges::find_if(
+        drivers, [&](TerminalDriver *candidate) { return candidate->handles(type) || candidate->name() == type; });
+    if (driver == drivers.end())
+        return std::nullopt;
+    const TerminalTarget target { type, session.terminalSessionID, session.shellPid };
+    // Terminals are not asked on the main thread.
+    return std::async(std::launch::async, [&] { return (*driver)->examine(target); }).get();
+}
+
 } // namespace
 
 QList<DoctorCheck> DoctorChecks::all() const
 {
-    return { application(), listener(), sessionBus(), hook(), python(),      agent(),
-             git(),         database(), dataFolder(), log(),  peerIdentity() };
+    return QList { application(), listener(), sessionBus(), hook(), python(),       agent(),
+                   git(),         database(), dataFolder(), log(),  peerIdentity(), display() } +
+           terminals();
 }
 
 DoctorCheck DoctorChecks::application() const
@@ -293,6 +312,46 @@ DoctorCheck DoctorChecks::peerIdentity() const
         check.advice = u"Other users of this machine can send events to Vantry; load the kernel module "
                        u"\"inet_diag\""_s;
     return check;
+}
+
+DoctorCheck DoctorChecks::display() const
+{
+    DoctorCheck check { .name = u"display"_s, .ok = m_surroundings.hasDisplay };
+    check.detail =
+        check.ok ? u"Windows can be brought forward"_s : u"There is no display, so no window can be brought forward"_s;
+    if (!check.ok)
+        check.advice = u"Start Vantry within your desktop's session: DISPLAY and WAYLAND_DISPLAY are unset here"_s;
+    return check;
+}
+
+QList<DoctorCheck> DoctorChecks::terminals() const
+{
+    const auto reply = m_surroundings.client.list();
+    const auto *document = std::get_if<QString>(&reply);
+    const auto status = document ? StatusDocument::fromText(*document) : std::nullopt;
+    QList<DoctorCheck> problems;
+    qsizetype sound = 0;
+    for (const SessionRow &session : status ? status->sessions : QList<SessionRow>()) {
+        if (!session.isAlive)
+            continue;
+        const auto problem = terminalProblem(session, m_surroundings.terminals);
+        if (!problem) {
+            ++sound;
+            continue;
+        }
+        problems.append(
+            { .name = u"terminal"_s,
+              .detail = u"%1 (%2): %3"_s.arg(displayText(session.id.left(8)), session.project, problem->detail),
+              .advice = problem->advice });
+    }
+    if (sound == 0 && !problems.isEmpty())
+        return problems;
+    const QString all =
+        sound == 1 ? u"One live session's is in order"_s : u"Those of %1 live sessions are in order"_s.arg(sound);
+    const DoctorCheck check { .name = u"terminals"_s,
+                              .ok = true,
+                              .detail = sound == 0 ? u"There is no live session"_s : all };
+    return QList { check } + problems;
 }
 
 QString DoctorChecks::find(const QString &program) const
