@@ -38,6 +38,20 @@ public:
         return line.timestamp || line.cwd || line.gitBranch || hasPrompts(line) || hasTools(line);
     }
 
+    /// Whether the line tells nothing but a date that may be the last.
+    [[nodiscard]] bool isDateAlone(const TranscriptLine &line) const
+    {
+        const bool tellsBranch = !m_branch && line.gitBranch && !isNoBranch(*line.gitBranch);
+        const bool tellsDirectory = !m_directory && line.cwd;
+        return m_firstTimestamp && !tellsBranch && !tellsDirectory && !hasPrompts(line) && !hasTools(line);
+    }
+
+    void addLastDate(const TranscriptLine &line)
+    {
+        if (line.timestamp)
+            m_lastTimestamp = *line.timestamp;
+    }
+
     /// The line is sound.
     void add(const TranscriptLine &line)
     {
@@ -45,11 +59,9 @@ public:
             m_branch = decoded(*line.gitBranch);
         if (!m_directory && line.cwd)
             m_directory = decoded(*line.cwd);
-        if (line.timestamp) {
-            m_lastTimestamp = *line.timestamp;
-            if (!m_firstTimestamp)
-                m_firstTimestamp = decoded(*line.timestamp);
-        }
+        if (!m_firstTimestamp && line.timestamp)
+            m_firstTimestamp = decoded(*line.timestamp);
+        addLastDate(line);
         if (hasPrompts(line))
             addPrompts(*line.message);
         else if (hasTools(line))
@@ -131,24 +143,50 @@ private:
     bool m_hasTools { false };
 };
 
+/// Which lines are looked at in full. Most tell nothing but a date, and of the dates the last one alone is kept.
+enum class Care { AllButDates, Everything };
+
+bool isSoundLine(const TranscriptFile &file, std::uint64_t offset)
+{
+    TranscriptLines lines(file, offset);
+    const auto source = lines.next();
+    TranscriptLineReader reader;
+    return source && reader.read(source->text) && reader.isSound();
+}
+
+std::optional<HistoricalSession> readLines(const TranscriptFile &file, const TranscriptPlace &place, Care care)
+{
+    TranscriptLines lines(file);
+    TranscriptLineReader reader;
+    Gathering gathering;
+    std::optional<std::uint64_t> lastDate; ///< The line of the last date, when that was not looked at in full.
+    while (const auto source = lines.next()) {
+        if (Cancellation::isThisThreadCancelled())
+            return std::nullopt;
+        const auto line = reader.read(source->text);
+        if (!line || !Gathering::isTelling(*line))
+            continue;
+        if (care == Care::AllButDates && gathering.isDateAlone(*line)) {
+            gathering.addLastDate(*line);
+            lastDate = line->timestamp ? source->offset : lastDate;
+        } else if (reader.isSound()) {
+            gathering.add(*line);
+            lastDate = line->timestamp ? std::nullopt : lastDate;
+        }
+    }
+    if (lines.hasFailed())
+        return std::nullopt;
+    if (lastDate && !isSoundLine(file, *lastDate))
+        return readLines(file, place, Care::Everything);
+    return std::move(gathering).take(place);
+}
+
 } // namespace
 
 std::optional<HistoricalSession> readHistoricalSession(const TranscriptPlace &place)
 try {
     const auto file = TranscriptFile::open(place.path());
-    if (!file)
-        return std::nullopt;
-    TranscriptLines lines(*file);
-    TranscriptLineReader reader;
-    Gathering gathering;
-    while (const auto source = lines.next()) {
-        if (Cancellation::isThisThreadCancelled())
-            return std::nullopt;
-        const auto line = reader.read(source->text);
-        if (line && Gathering::isTelling(*line) && reader.isSound())
-            gathering.add(*line);
-    }
-    return lines.hasFailed() ? std::nullopt : std::move(gathering).take(place);
+    return file ? readLines(*file, place, Care::AllButDates) : std::nullopt;
 } catch (const std::bad_alloc &) {
     return std::nullopt;
 }

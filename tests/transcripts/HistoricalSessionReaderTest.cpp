@@ -180,6 +180,24 @@ TEST_F(HistoricalSessionReaderTest, skipsLinesThatAreNoSoundObject)
               std::nullopt);
 }
 
+TEST_F(HistoricalSessionReaderTest, takesTheLastDateOfASoundLine)
+{
+    const auto dated = [](const QByteArray &date, const QByteArray &rest) -> QByteArray {
+        return R"({"timestamp":")" + date + "\"" + rest + "}\n";
+    };
+    const auto last = [&](const QByteArray &lines) {
+        const auto result = read(dated("1", "") + content(R"("prompt")") + lines);
+        return result ? result->lastTimestamp : std::nullopt;
+    };
+    EXPECT_EQ(last(""), QStringLiteral("1"));
+    EXPECT_EQ(last(dated("2", "") + "{}\n"), QStringLiteral("2"));
+    EXPECT_EQ(last(dated("2", "") + dated("3", R"(,"x":nope)") + content(R"("more")")), QStringLiteral("2"));
+    EXPECT_EQ(last(dated("2", R"(,"x":nope)") + dated("3", R"(,"x":nope)")), QStringLiteral("1"));
+    EXPECT_EQ(last(dated("2", R"(,"x":nope)") + dated("3", "")), QStringLiteral("3"));
+    EXPECT_EQ(last(dated("2", "").chopped(1)), QStringLiteral("2"));
+    EXPECT_EQ(last(dated("2", "").chopped(2)), QStringLiteral("1"));
+}
+
 TEST_F(HistoricalSessionReaderTest, takesALastLineWithoutLineFeedWhenItIsWhole)
 {
     EXPECT_EQ(prompts(content(R"("a")") + content(R"("b")").chopped(1)), "a\nb");
