@@ -31,7 +31,8 @@ SessionActivity HeldRequestOverlay::after(const HookEvent &event, const EventRea
 
     const bool isWaiting = session.state() == SessionState::needsPermission;
     const bool mayStop = event.eventType() == HookEventType::taskCompleted ||
-                         !(reaction.keepsState || m_held.holdsRequestOfOtherAgent(session.id(), event.agentId));
+                         !(reaction.keepsState || m_held.holdsRequestOfOtherAgent(session.id(), event.agentId) ||
+                           announcesHeldCall(event));
     if (said.state == SessionState::needsPermission || (isWaiting && !mayStop))
         return cover(entry, *first, said);
     entry.covered.reset();
@@ -89,6 +90,17 @@ bool HeldRequestOverlay::holdsAnnounced(const Entry &entry, const QString &sessi
 {
     return std::ranges::any_of(m_held.pending(), [&](const PendingPermission &request) {
         return request.event.sessionID == sessionID && entry.announced.contains(request.id);
+    });
+}
+
+bool HeldRequestOverlay::announcesHeldCall(const HookEvent &event) const
+{
+    if (event.eventType() != HookEventType::preToolUse || !event.toolInput)
+        return false;
+    return std::ranges::any_of(m_held.pending(), [&](const PendingPermission &request) {
+        const HookEvent &asked = request.event;
+        return asked.sessionID == event.sessionID && asked.agentId == event.agentId &&
+               asked.toolName == event.toolName && asked.toolInput == event.toolInput;
     });
 }
 

@@ -19,6 +19,7 @@ namespace vantry {
 /// What the events say goes on beside that, covered, and is what the next event starts from:
 /// - An event takes the session out of `needsPermission` only when no request of another agent is held. The end of
 ///   its task takes it out in every case: with it all its requests are given up.
+/// - The announcement of the very call that a held request is about says nothing new: the request has overtaken it.
 /// - In every other state nothing is covered, also for the moment in which a request is still held that was answered in
 ///   the terminal.
 /// - When the first request ends by itself, the next one is shown. When the last one does, what is shown stays: the
@@ -66,6 +67,8 @@ private:
 
     [[nodiscard]] SessionActivity said(const VantrySession &session) const;
     [[nodiscard]] bool holdsAnnounced(const Entry &entry, const QString &sessionID) const;
+    /// Whether the event says that the agent is about to make a call for which it already waits for a permission.
+    [[nodiscard]] bool announcesHeldCall(const HookEvent &event) const;
     void announce(Entry &entry, const HookEvent &event, const SessionActivity &said) const;
     /// Lays the request over what is said.
     static SessionActivity cover(Entry &entry, const PendingPermission &first, SessionActivity said);

@@ -178,6 +178,32 @@ TEST_F(HeldRequests, requestAnsweredInTheTerminalLeavesNoTool)
     expectShown(State::working, std::nullopt, std::nullopt);
 }
 
+TEST_F(HeldRequests, requestThatOvertookItsOwnAnnouncementStillWaits)
+{
+    const auto call = [](Type type) {
+        return EventBuilder(type)
+            .tool(QStringLiteral("Bash"))
+            .detail(QStringLiteral("ls"))
+            .input(R"({"command":"ls"})");
+    };
+    ask(call(Type::permissionRequest));
+
+    handle(call(Type::preToolUse));
+    expectBashWaits();
+    allow();
+
+    expectShown(State::working, std::nullopt, QStringLiteral("ls"));
+}
+
+TEST_F(HeldRequests, announcementOfAnotherCallShowsThatTheTerminalHasAnswered)
+{
+    ask(EventBuilder(Type::permissionRequest).tool(QStringLiteral("Bash")).input(R"({"command":"ls"})"));
+
+    handle(EventBuilder(Type::preToolUse).tool(QStringLiteral("Bash")).input(R"({"command":"pwd"})"));
+
+    EXPECT_EQ(session()->state(), State::working);
+}
+
 TEST_F(HeldRequests, requestAnsweredInTheTerminalGivesWayToTheHelpers)
 {
     const ConnectionPtr first = askForWrite(mainAgent);
