@@ -23,6 +23,8 @@ public:
     std::string_view readScalar();
     /// Whatever stands next, as source text.
     std::string_view readValue();
+    /// What has not been read yet.
+    [[nodiscard]] std::string_view rest() const { return m_text.substr(m_position); }
 
     /// What stands next is an object. `onMember(std::string_view key)` gets each key, escapes as they stand, and has to
     /// read the value.
@@ -53,6 +55,8 @@ public:
 
 private:
     void skipBlanks();
+    /// An object or array stands next.
+    void skipCompound();
     void open();
     void skip(char punctuation);
     /// Whether this bracket stands next; takes it.

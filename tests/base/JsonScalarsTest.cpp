@@ -1,5 +1,7 @@
 #include "base/JsonScalars.h"
 
+#include "base/JsonReader.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -104,6 +106,36 @@ TEST(JsonScalars, keepsAByteOrderMarkInsideAString)
 {
     EXPECT_EQ(decodeJsonString("\xEF\xBB\xBFx"), QStringLiteral("\uFEFFx"));
     EXPECT_EQ(decodeJsonString(R"(\ufeff\ufeffx)"), QStringLiteral("\uFEFF\uFEFFx"));
+}
+
+TEST(JsonScalars, findsAMalformedEscapeAnywhereInALongString)
+{
+    for (const std::string_view usual : { "x", "\\n", "\\\\", "\\\"" }) {
+        std::string text;
+        while (text.size() < 1'000)
+            text += usual;
+        ASSERT_TRUE(hasSoundEscapes(text));
+        for (std::size_t at = 0; at < text.size(); at += usual.size()) {
+            EXPECT_FALSE(hasSoundEscapes(std::string(text).insert(at, "\\q"))) << at;
+            EXPECT_TRUE(hasSoundEscapes(std::string(text).insert(at, "\\u00e9"))) << at;
+            EXPECT_FALSE(hasSoundEscapes(std::string(text).insert(at, "\\u00g9"))) << at;
+        }
+        EXPECT_FALSE(hasSoundEscapes(text + '\\'));
+    }
+}
+
+TEST(JsonScalars, endsALongStringAtItsClosingQuoteAlone)
+{
+    for (const std::string_view usual : { "x", "\\n", "\\\\", "\\\"" }) {
+        for (std::size_t count = 0; count < 300; ++count) {
+            std::string inside;
+            for (std::size_t i = 0; i < count; ++i)
+                inside += usual;
+            const std::string text = "\"" + inside + "\", \"next\", 1" + std::string(600, ' ');
+            JsonReader reader(text);
+            ASSERT_EQ(reader.readString(), inside);
+        }
+    }
 }
 
 } // namespace
