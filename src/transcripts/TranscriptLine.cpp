@@ -5,17 +5,16 @@
 #include "base/JsonWalk.h"
 #include "transcripts/TranscriptLines.h"
 
-#include <utility>
+#include <simdjson.h>
+
+#include <string>
 
 namespace vantry {
 namespace {
 
-namespace ondemand = simdjson::ondemand;
-using simdjson::error_code;
-
 /// A parser keeps memory for the longest line that it has read, several times its length; one that has grown beyond
 /// this is given up with the next ordinary line.
-constexpr std::size_t ordinaryLength = std::size_t { 1 } << 20;
+constexpr std::size_t ordinaryLength = std::size_t { 2 } << 20;
 
 /// The length of the white space character at the front of the bytes (Unicode's, which an editor may have left), 0 when
 /// there is none.
@@ -40,6 +39,8 @@ std::size_t blankAtFront(std::string_view text)
 
 std::string_view trimmed(std::string_view text)
 {
+    if (text.starts_with('{') && text.ends_with('}'))
+        return text;
     while (const std::size_t length = blankAtFront(text))
         text.remove_prefix(length);
     // At the end, a character is found from its first byte.
@@ -54,152 +55,27 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// Goes through an object's members without a look at values that `onMember` doesn't take.
-template <typename Function>
-error_code forEachMember(ondemand::object object, Function &&onMember)
+/// A key without escapes: as it stands, for nearly all.
+class PlainKey
 {
-    for (auto member : object) {
-        ondemand::field field;
-        if (const auto error = std::move(member).get(field))
-            return error;
-        std::string_view key;
-        if (const auto error = checkedKey(field).get(key))
-            return error;
-        if (const auto error = onMember(key, field.value()))
-            return error;
+public:
+    explicit PlainKey(std::string_view inside)
+        : m_text(inside)
+    {
+        if (inside.find('\\') == std::string_view::npos)
+            return;
+        m_decoded = decodeJsonStringToUtf8(inside).value_or(std::string());
+        m_text = m_decoded;
     }
-    return simdjson::SUCCESS;
-}
+    PlainKey(const PlainKey &) = delete;
+    PlainKey &operator=(const PlainKey &) = delete;
 
-/// The inside of a string, nothing for another kind of value.
-error_code readString(ondemand::value value, std::optional<std::string_view> &out)
-{
-    out.reset();
-    std::string_view inside;
-    const auto error = checkedString(value).get(inside);
-    if (error == simdjson::INCORRECT_TYPE)
-        return simdjson::SUCCESS;
-    if (!error)
-        out = inside;
-    return error;
-}
+    friend bool operator==(const PlainKey &key, std::string_view text) { return key.m_text == text; }
 
-/// Whether the value is the literal true.
-error_code readFlag(ondemand::value value, bool &out)
-{
-    ondemand::json_type type {};
-    if (const auto error = value.type().get(type))
-        return error;
-    out = false;
-    if (type != ondemand::json_type::boolean)
-        return simdjson::SUCCESS;
-    std::string_view source;
-    const auto error = checkedScalar(value).get(source);
-    out = source == "true";
-    return error;
-}
-
-/// Whether a block that may be read is a text or the use of a tool.
-error_code lookAtBlock(ondemand::object block, TranscriptContent &content)
-{
-    std::optional<std::string_view> type;
-    const auto error = forEachMember(block, [&](std::string_view key, ondemand::value value) {
-        return jsonStringIs(key, "type") ? readString(value, type) : simdjson::SUCCESS;
-    });
-    content.hasTextBlock = content.hasTextBlock || jsonStringIs(type, "text");
-    content.hasToolUseBlock = content.hasToolUseBlock || jsonStringIs(type, "tool_use");
-    return error;
-}
-
-error_code readBlocks(ondemand::document &document, ondemand::value value, TranscriptContent &content)
-{
-    const char *const begin = value.raw_json_token().data();
-    ondemand::array array;
-    if (const auto error = value.get_array().get(array))
-        return error;
-    bool isObjectsThroughout = true;
-    for (auto element : array) {
-        ondemand::value inner;
-        if (const auto error = std::move(element).get(inner))
-            return error;
-        ondemand::json_type type {};
-        if (const auto error = inner.type().get(type))
-            return error;
-        isObjectsThroughout = isObjectsThroughout && type == ondemand::json_type::object;
-        if (!isObjectsThroughout)
-            continue;
-        ondemand::object block;
-        if (const auto error = inner.get_object().get(block))
-            return error;
-        if (const auto error = lookAtBlock(block, content))
-            return error;
-    }
-    if (!isObjectsThroughout) {
-        content = TranscriptContent();
-        return simdjson::SUCCESS;
-    }
-    const char *end = nullptr;
-    if (const auto error = document.current_location().get(end))
-        return error;
-    content.kind = TranscriptContent::Kind::blocks;
-    content.source = { begin, static_cast<std::size_t>(end - begin) };
-    return simdjson::SUCCESS;
-}
-
-error_code readContent(ondemand::document &document, ondemand::value value, TranscriptContent &content)
-{
-    content = TranscriptContent();
-    ondemand::json_type type {};
-    if (const auto error = value.type().get(type))
-        return error;
-    if (type == ondemand::json_type::array)
-        return readBlocks(document, value, content);
-    if (type == ondemand::json_type::string) {
-        content.kind = TranscriptContent::Kind::string;
-        content.source = value.raw_json_token();
-    }
-    return simdjson::SUCCESS;
-}
-
-error_code readMessage(ondemand::document &document, ondemand::value value, std::optional<TranscriptContent> &message)
-{
-    message.reset();
-    ondemand::json_type type {};
-    if (const auto error = value.type().get(type))
-        return error;
-    if (type != ondemand::json_type::object)
-        return simdjson::SUCCESS;
-    ondemand::object object;
-    if (const auto error = value.get_object().get(object))
-        return error;
-    message.emplace();
-    return forEachMember(object, [&](std::string_view key, ondemand::value inner) {
-        return jsonStringIs(key, "content") ? readContent(document, inner, *message) : simdjson::SUCCESS;
-    });
-}
-
-error_code readMember(ondemand::document &document, std::string_view key, ondemand::value value, TranscriptLine &line)
-{
-    if (jsonStringIs(key, "type"))
-        return readString(value, line.type);
-    if (jsonStringIs(key, "uuid"))
-        return readString(value, line.uuid);
-    if (jsonStringIs(key, "timestamp"))
-        return readString(value, line.timestamp);
-    if (jsonStringIs(key, "gitBranch"))
-        return readString(value, line.gitBranch);
-    if (jsonStringIs(key, "cwd"))
-        return readString(value, line.cwd);
-    if (jsonStringIs(key, "isMeta"))
-        return readFlag(value, line.isMeta);
-    if (jsonStringIs(key, "isCompactSummary"))
-        return readFlag(value, line.isCompactSummary);
-    if (jsonStringIs(key, "isApiErrorMessage"))
-        return readFlag(value, line.isApiErrorMessage);
-    if (jsonStringIs(key, "message"))
-        return readMessage(document, value, line.message);
-    return simdjson::SUCCESS;
-}
+private:
+    std::string m_decoded;
+    std::string_view m_text;
+};
 
 /// The inside of the string that stands next; another value is passed over and gives nothing.
 std::optional<std::string_view> takeString(JsonReader &reader)
@@ -210,19 +86,109 @@ std::optional<std::string_view> takeString(JsonReader &reader)
     return std::nullopt;
 }
 
+/// Whether the value that stands next is the literal true.
+bool takeFlag(JsonReader &reader)
+{
+    return reader.readValue() == "true";
+}
+
+/// Whether a block is a text or the use of a tool.
+void lookAtBlock(JsonReader &reader, TranscriptContent &content)
+{
+    std::optional<std::string_view> type;
+    reader.readObject([&](std::string_view inside) {
+        const PlainKey key(inside);
+        if (key == "type")
+            type = takeString(reader);
+        else
+            reader.readValue();
+    });
+    content.hasTextBlock = content.hasTextBlock || jsonStringIs(type, "text");
+    content.hasToolUseBlock = content.hasToolUseBlock || jsonStringIs(type, "tool_use");
+}
+
+TranscriptContent takeContent(JsonReader &reader)
+{
+    TranscriptContent content;
+    const JsonReader::Kind kind = reader.next();
+    if (kind == JsonReader::Kind::String) {
+        content.kind = TranscriptContent::Kind::string;
+        content.source = reader.readString();
+    } else if (kind == JsonReader::Kind::Array) {
+        const char *const begin = reader.rest().data();
+        bool isObjectsThroughout = true;
+        reader.readArray([&] {
+            isObjectsThroughout = isObjectsThroughout && reader.next() == JsonReader::Kind::Object;
+            if (isObjectsThroughout)
+                lookAtBlock(reader, content);
+            else
+                reader.readValue();
+        });
+        if (!isObjectsThroughout)
+            return {};
+        content.kind = TranscriptContent::Kind::blocks;
+        content.source = { begin, static_cast<std::size_t>(reader.rest().data() - begin) };
+    } else {
+        reader.readValue();
+    }
+    return content;
+}
+
+std::optional<TranscriptContent> takeMessage(JsonReader &reader)
+{
+    if (reader.next() != JsonReader::Kind::Object) {
+        reader.readValue();
+        return std::nullopt;
+    }
+    TranscriptContent content;
+    reader.readObject([&](std::string_view inside) {
+        const PlainKey key(inside);
+        if (key == "content")
+            content = takeContent(reader);
+        else
+            reader.readValue();
+    });
+    return content;
+}
+
+void takeMember(const PlainKey &key, JsonReader &reader, TranscriptLine &line)
+{
+    if (key == "type")
+        line.type = takeString(reader);
+    else if (key == "uuid")
+        line.uuid = takeString(reader);
+    else if (key == "timestamp")
+        line.timestamp = takeString(reader);
+    else if (key == "gitBranch")
+        line.gitBranch = takeString(reader);
+    else if (key == "cwd")
+        line.cwd = takeString(reader);
+    else if (key == "isMeta")
+        line.isMeta = takeFlag(reader);
+    else if (key == "isCompactSummary")
+        line.isCompactSummary = takeFlag(reader);
+    else if (key == "isApiErrorMessage")
+        line.isApiErrorMessage = takeFlag(reader);
+    else if (key == "message")
+        line.message = takeMessage(reader);
+    else
+        reader.readValue();
+}
+
 TranscriptBlock takeBlock(JsonReader &reader)
 {
     TranscriptBlock block;
-    reader.readObject([&](std::string_view key) {
-        if (jsonStringIs(key, "type")) {
+    reader.readObject([&](std::string_view inside) {
+        const PlainKey key(inside);
+        if (key == "type") {
             block.type = takeString(reader);
-        } else if (jsonStringIs(key, "text")) {
+        } else if (key == "text") {
             block.text = takeString(reader);
-        } else if (jsonStringIs(key, "name")) {
+        } else if (key == "name") {
             block.name = takeString(reader);
-        } else if (jsonStringIs(key, "id")) {
+        } else if (key == "id") {
             block.id = takeString(reader);
-        } else if (jsonStringIs(key, "input")) {
+        } else if (key == "input") {
             const bool isObject = reader.next() == JsonReader::Kind::Object;
             const std::string_view source = reader.readValue();
             block.input = isObject ? std::optional(source) : std::nullopt;
@@ -237,8 +203,7 @@ TranscriptBlock takeBlock(JsonReader &reader)
 
 struct TranscriptLineReader::State
 {
-    ondemand::parser parser;
-    ondemand::document document;
+    simdjson::ondemand::parser parser;
     std::string_view text;
 };
 
@@ -250,31 +215,25 @@ TranscriptLineReader::~TranscriptLineReader() = default;
 
 std::optional<TranscriptLine> TranscriptLineReader::read(std::string_view text)
 {
-    auto &[parser, document, current] = *m_state;
-    if (parser.capacity() > ordinaryLength && text.size() <= ordinaryLength)
-        parser = ondemand::parser();
-    current = trimmed(text);
-    if (!current.starts_with('{') ||
-        parser.iterate(current.data(), current.size(), current.size() + TranscriptLines::padding).get(document))
-        return std::nullopt;
-    ondemand::object object;
-    if (document.get_object().get(object))
+    m_state->text = trimmed(text);
+    JsonReader reader(m_state->text);
+    if (reader.next() != JsonReader::Kind::Object)
         return std::nullopt;
     TranscriptLine line;
-    const auto error = forEachMember(
-        object, [&](std::string_view key, ondemand::value value) { return readMember(document, key, value, line); });
-    return error ? std::nullopt : std::optional(line);
+    reader.readObject([&](std::string_view key) { takeMember(PlainKey(key), reader, line); });
+    return line;
 }
 
 bool TranscriptLineReader::isSound()
 {
-    auto &[parser, document, current] = *m_state;
-    document.rewind();
-    ondemand::value root;
-    if (document.get_value().get(root))
-        return false;
+    auto &[parser, text] = *m_state;
+    if (parser.capacity() > ordinaryLength && text.size() <= ordinaryLength)
+        parser = simdjson::ondemand::parser();
+    simdjson::ondemand::document document;
+    simdjson::ondemand::value root;
     std::string_view source;
-    return !checkedSource(root, 0).get(source) && !checkNothingFollows(source, current);
+    return !parser.iterate(text.data(), text.size(), text.size() + TranscriptLines::padding).get(document) &&
+           !document.get_value().get(root) && !checkedSource(root, 0).get(source) && !checkNothingFollows(source, text);
 }
 
 std::vector<TranscriptBlock> blocksOf(const TranscriptContent &content)
@@ -291,8 +250,7 @@ std::optional<std::string_view> stringOf(const TranscriptContent &content)
 {
     if (content.kind != TranscriptContent::Kind::string)
         return std::nullopt;
-    JsonReader reader(content.source);
-    return reader.readString();
+    return content.source;
 }
 
 bool jsonStringIs(std::optional<std::string_view> inside, std::string_view text)

@@ -20,7 +20,7 @@ struct TranscriptContent
     };
 
     Kind kind { Kind::none };
-    std::string_view source;        ///< Of the string, quotes included, or of the array.
+    std::string_view source;        ///< Of the array; of a string, its inside.
     bool hasTextBlock { false };    ///< A block of the type "text".
     bool hasToolUseBlock { false }; ///< A block of the type "tool_use".
 };

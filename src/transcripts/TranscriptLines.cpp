@@ -14,9 +14,11 @@ namespace {
 
 static_assert(TranscriptLines::padding >= simdjson::SIMDJSON_PADDING);
 
-/// Small enough for the processor's cache, so that a line is still there when it is parsed.
-constexpr std::size_t blockSize = std::size_t { 256 } << 10;
-constexpr std::size_t longestBuffer = TranscriptLines::maximumLineLength + blockSize;
+/// How much is read at once: small enough for the processor's cache, so that a line is still there when it is parsed.
+constexpr std::size_t blockSize = std::size_t { 128 } << 10;
+/// Room for ordinary long lines. What isn't written to costs no memory.
+constexpr std::size_t ordinaryCapacity = std::size_t { 2 } << 20;
+constexpr std::size_t longestCapacity = TranscriptLines::maximumLineLength + blockSize;
 
 bool isUtf8(std::string_view text)
 {
@@ -124,10 +126,10 @@ void TranscriptLines::reserve(std::size_t capacity)
 bool TranscriptLines::fill()
 {
     const std::size_t kept = m_filled - m_begin;
-    if (kept == m_capacity)
-        reserve(std::clamp(2 * kept, blockSize, longestBuffer));
-    else if (kept < blockSize / 2)
-        reserve(blockSize);
+    if (kept + blockSize > m_capacity)
+        reserve(std::clamp(2 * m_capacity, ordinaryCapacity, longestCapacity));
+    else if (m_capacity > ordinaryCapacity && kept < blockSize)
+        reserve(ordinaryCapacity);
     if (m_begin > 0) {
         std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_filled - m_begin);
         m_bufferOffset += m_begin;
@@ -135,7 +137,8 @@ bool TranscriptLines::fill()
         m_filled -= m_begin;
         m_begin = 0;
     }
-    const auto count = m_file.read(m_bufferOffset + m_filled, { m_buffer.get() + m_filled, m_capacity - m_filled });
+    const std::size_t wanted = kept + blockSize - m_filled;
+    const auto count = m_file.read(m_bufferOffset + m_filled, { m_buffer.get() + m_filled, wanted });
     m_hasFailed = !count;
     m_filled += count.value_or(0);
     return count.value_or(0) > 0;
@@ -145,10 +148,10 @@ void TranscriptLines::passOverLongLine()
 {
     std::uint64_t offset = m_bufferOffset + m_begin;
     m_begin = m_filled;
-    reserve(blockSize);
+    reserve(ordinaryCapacity);
     bool isSound = true;
     for (std::size_t kept = 0;;) {
-        const auto count = m_file.read(offset + kept, { m_buffer.get() + kept, m_capacity - kept });
+        const auto count = m_file.read(offset + kept, { m_buffer.get() + kept, blockSize });
         if (!count) {
             m_hasFailed = true;
             return;

@@ -32,7 +32,6 @@ public:
         : m_line(line)
         , m_source(source)
         , m_before(before)
-        , m_timestamp(line.timestamp ? parseIsoDate(decoded(*line.timestamp)) : std::nullopt)
     {}
 
     /// Whether a line can give any: told without its text, so that other lines needn't be looked at in full.
@@ -46,13 +45,22 @@ public:
         return jsonStringIs(line.type, "assistant") && (line.message->hasTextBlock || line.message->hasToolUseBlock);
     }
 
-    [[nodiscard]] std::vector<TranscriptMessage> make() &&
+    /// How many make() gives, cheaper.
+    [[nodiscard]] std::int64_t countAll()
+    {
+        if (!jsonStringIs(m_line.type, "user"))
+            return countOfAssistant();
+        makeOfUser();
+        return static_cast<std::int64_t>(std::exchange(m_messages, {}).size());
+    }
+
+    [[nodiscard]] std::vector<TranscriptMessage> make()
     {
         if (jsonStringIs(m_line.type, "user"))
             makeOfUser();
         else
             makeOfAssistant();
-        return std::move(m_messages);
+        return std::exchange(m_messages, {});
     }
 
 private:
@@ -71,6 +79,30 @@ private:
         const QStringView trimmed = trimmedWhitespace(text);
         if (!trimmed.isEmpty())
             add(baseID(), TranscriptMessage::Role::user).text = trimmed.toString();
+    }
+
+    [[nodiscard]] std::int64_t countOfAssistant() const
+    {
+        std::int64_t calls = 0;
+        std::int64_t texts = 0;
+        bool hasText = false;
+        for (const TranscriptBlock &block : blocksOf(*m_line.message)) {
+            if (jsonStringIs(block.type, "text") && block.text) {
+                hasText = hasText || !isBlank(*block.text);
+            } else if (jsonStringIs(block.type, "tool_use")) {
+                texts += std::exchange(hasText, false) ? 1 : 0;
+                ++calls;
+            }
+        }
+        return calls + texts + (hasText ? 1 : 0);
+    }
+
+    static bool isBlank(std::string_view inside)
+    {
+        // Most texts begin with a letter.
+        if (!inside.empty() && inside.front() > ' ' && inside.front() < '\x7F' && inside.front() != '\\')
+            return false;
+        return trimmedWhitespace(decoded(inside)).isEmpty();
     }
 
     void makeOfAssistant()
@@ -121,13 +153,13 @@ private:
 
     TranscriptMessage &add(QString id, TranscriptMessage::Role role)
     {
-        return m_messages.emplace_back(TranscriptMessage { std::move(id), role, {}, m_timestamp, {}, {} });
+        const auto timestamp = m_line.timestamp ? parseIsoDate(decoded(*m_line.timestamp)) : std::nullopt;
+        return m_messages.emplace_back(TranscriptMessage { std::move(id), role, {}, timestamp, {}, {} });
     }
 
     const TranscriptLine &m_line;
     const TranscriptLines::Line &m_source;
     std::int64_t m_before;
-    std::optional<Date> m_timestamp;
     std::optional<QString> m_baseID;
     QStringList m_pending;
     std::vector<TranscriptMessage> m_messages;
@@ -169,27 +201,58 @@ bool TranscriptMessageReader::goesOn(const Progress &progress, const TranscriptF
 bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &file) const
 {
     progress.unfinished.clear();
+    std::deque<Place> last;
+    std::int64_t messages = 0; // In `last`.
+    const auto limit = static_cast<std::int64_t>(m_limit);
     TranscriptLines lines(file, progress.end);
     TranscriptLineReader reader;
     while (const auto line = lines.next()) {
         const auto content = reader.read(line->text);
         if (!content || !LineMessages::areIn(*content) || !reader.isSound())
             continue;
-        std::vector<TranscriptMessage> messages = LineMessages(*content, *line, progress.count).make();
+        LineMessages lineMessages(*content, *line, progress.count);
         if (!line->isTerminated) {
-            progress.unfinished = std::move(messages);
+            progress.unfinished = lineMessages.make();
             break;
         }
-        progress.count += static_cast<std::int64_t>(messages.size());
-        std::ranges::move(messages, std::back_inserter(progress.messages));
-        while (progress.messages.size() > m_limit)
-            progress.messages.pop_front();
+        const std::int64_t count = lineMessages.countAll();
+        if (count == 0)
+            continue;
+        last.push_back({ line->offset, progress.count, count });
+        progress.count += count;
+        messages += count;
+        for (; messages - last.front().messages >= limit; last.pop_front())
+            messages -= last.front().messages;
     }
     progress.end = lines.endOfTerminated();
+    if (lines.hasFailed() || !make(last, progress, file))
+        return false;
     const std::size_t length = std::min<std::uint64_t>(progress.end, comparedLength);
     progress.front = file.read(0, length).value_or(std::string());
     progress.back = file.read(progress.end - length, length).value_or(std::string());
-    return !lines.hasFailed();
+    return true;
+}
+
+bool TranscriptMessageReader::make(const std::deque<Place> &places, Progress &progress,
+                                   const TranscriptFile &file) const
+{
+    if (places.empty())
+        return true;
+    TranscriptLines lines(file, places.front().offset);
+    TranscriptLineReader reader;
+    for (const Place &place : places) {
+        auto line = lines.next();
+        while (line && line->offset < place.offset)
+            line = lines.next();
+        const auto content = line && line->offset == place.offset ? reader.read(line->text) : std::nullopt;
+        // Another one than before: somebody is rewriting the file.
+        if (!content || !LineMessages::areIn(*content) || !reader.isSound())
+            return false;
+        std::ranges::move(LineMessages(*content, *line, place.before).make(), std::back_inserter(progress.messages));
+    }
+    while (progress.messages.size() > m_limit)
+        progress.messages.pop_front();
+    return true;
 }
 
 std::vector<TranscriptMessage> TranscriptMessageReader::result() const

@@ -36,11 +36,21 @@ private:
         std::vector<TranscriptMessage> unfinished; ///< From the piece behind `end`.
     };
 
+    /// A line that gives messages.
+    struct Place
+    {
+        std::uint64_t offset;
+        std::int64_t before;   ///< Messages before the line.
+        std::int64_t messages; ///< That it gives.
+    };
+
     /// Whether the file still begins with all that has been read of it.
     [[nodiscard]] static bool goesOn(const Progress &progress, const TranscriptFile &file,
                                      const TranscriptFile::State &state);
     /// Takes what stands behind what has been read. False when the file can't be read or isn't UTF-8.
     bool readOn(Progress &progress, const TranscriptFile &file) const;
+    /// Adds the messages of these lines. What comes before them has only been counted: texts are made for few.
+    bool make(const std::deque<Place> &places, Progress &progress, const TranscriptFile &file) const;
     [[nodiscard]] std::vector<TranscriptMessage> result() const;
 
     QString m_path;

@@ -118,7 +118,7 @@ std::vector<TranscriptMessage> lastOf(std::vector<TranscriptMessage> messages, s
 
 TEST(TranscriptGrowth, givesWhatReadingTheWholeGives)
 {
-    for (unsigned seed = 0; seed < 400; ++seed) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
         RandomTranscript random(seed);
         const QByteArray bytes = random.lines(60);
         const std::size_t limit = 1 + random.below(70);
