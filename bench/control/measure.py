@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 """Measures `vantry send` and `vantry focus` on a tmux pane against a program that links the same libraries and does
 nothing, in alternating rounds; a bare call of tmux stands beside them. Of `send`, a tenth of a second is the pause before
-its Return. Runs an application of its own, in a scratch home and on a bus of its own; port 49152 has
-to be free.
+its Return. Runs an application of its own, in a scratch home and on a bus of its own; port 49152 has to be free.
 
     bench/control/measure.py build/bench
 """
