@@ -182,7 +182,7 @@ std::vector<TranscriptMessage> TranscriptMessageReader::read()
     const TranscriptFile::State state = file->state();
     if (!m_progress || m_progress->state != state) {
         if (!m_progress || !goesOn(*m_progress, *file, state))
-            m_progress.emplace();
+            m_progress = Progress();
         m_progress->state = state;
         if (!readOn(*m_progress, *file))
             m_progress.reset();
