@@ -11,6 +11,7 @@
 #include "support/ManualScheduler.h"
 #include "support/RecordingScriptHost.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -69,6 +70,16 @@ protected:
         EventBuilder event(HookEventType::permissionRequest);
         event.tool(tool);
         return event;
+    }
+
+    /// As an agent left it before Vantry was there.
+    void leaveTranscript() const
+    {
+        const QString folder = home.filePath(u".claude/projects/-tmp-shop"_s);
+        ASSERT_TRUE(QDir().mkpath(folder));
+        QFile file(folder + u"/old.jsonl"_s);
+        ASSERT_TRUE(file.open(QFile::WriteOnly));
+        file.write("{\"type\":\"user\",\"message\":{\"content\":\"Mend it\"}}\n");
     }
 
     [[nodiscard]] SessionPtr session(const QString &id = u"s"_s) { return delegate->sessionManager().session(id); }
@@ -266,6 +277,46 @@ TEST_F(AppDelegateTest, checksEveryTenSecondsWhetherAgentsStillLive)
     EXPECT_TRUE(session()->isAlive());
     scheduler.advance(Seconds { 0.1 });
     EXPECT_FALSE(session()->isAlive());
+}
+
+TEST_F(AppDelegateTest, readsOldTranscriptsAndTellsHowFarItIs)
+{
+    leaveTranscript();
+
+    launch();
+
+    const auto isComplete = [this] { return !endpoint.backfill.isEmpty() && endpoint.backfill.last().first == 1; };
+    while (!isComplete())
+        ASSERT_TRUE(mainQueue.drainWhenPosted());
+    EXPECT_EQ(endpoint.backfill.last(), (std::pair { 1U, 1U }));
+    EXPECT_LT(positionInLog("SessionManager: loaded 0"), positionInLog("TranscriptIndexer: backfilled 1 sessions"));
+}
+
+TEST_F(AppDelegateTest, endsWhileOldTranscriptsAreRead)
+{
+    leaveTranscript();
+
+    delegate->applicationDidFinishLaunching();
+    delegate->applicationWillTerminate();
+    delegate.reset();
+    mainQueue.drainAll();
+
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+}
+
+TEST_F(AppDelegateTest, looksAtTheTranscriptsOfLiveSessionsEvery15Seconds)
+{
+    const auto looks = [this] {
+        return QByteArray::fromStdString(logText()).count("TranscriptReader: checking 0 alive sessions");
+    };
+    launch();
+    EXPECT_EQ(looks(), 1);
+    EXPECT_LT(positionInLog("HTTP hook server started on port"), positionInLog("TranscriptReader: checking"));
+
+    scheduler.advance(Seconds { 14.9 });
+    EXPECT_EQ(looks(), 1);
+    scheduler.advance(Seconds { 0.2 });
+    EXPECT_EQ(looks(), 2);
 }
 
 TEST_F(AppDelegateTest, endsInItsOrder)

@@ -4,6 +4,7 @@
 #include "sessions/SessionStore.h"
 #include "support/FakeControlClient.h"
 #include "support/FakePeerIdentity.h"
+#include "support/FakeTerminalDriver.h"
 #include "support/ManualClock.h"
 #include "support/RecordingConsole.h"
 #include "support/RecordingLog.h"
@@ -72,9 +73,9 @@ TEST_F(Doctor, looksAtEverythingOnce)
     for (const DoctorCheck &check : checks.all())
         names.append(check.name);
 
-    EXPECT_EQ(names,
-              (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s, u"agent"_s,
-                             u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s }));
+    EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
+                                    u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
+                                    u"display"_s, u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)
@@ -206,6 +207,74 @@ TEST_F(Doctor, noticesThatPeersCannotBeTold)
     EXPECT_TRUE(checks.peerIdentity().ok);
     peers.peer = PeerIdentity::Peer::Unknown;
     EXPECT_FALSE(checks.peerIdentity().ok);
+}
+
+class DoctorOfTerminals : public Doctor
+{
+protected:
+    DoctorOfTerminals()
+    {
+        client.document = u"{\"sessions\":[%1,%2,%3]}"_s.arg(session(u"one"_s, u"tmux-pane"_s, true),
+                                                             session(u"two"_s, u"vscode"_s, true),
+                                                             session(u"gone"_s, u"tmux-pane"_s, false));
+    }
+
+    [[nodiscard]] static QString session(const QString &id, const QString &terminalType, bool isAlive)
+    {
+        return u"{\"id\":\"%1\",\"projectName\":\"shop\",\"terminalType\":\"%2\",\"terminalSessionID\":\"%1\","
+               "\"shellPid\":7,\"isAlive\":%3}"_s.arg(id, terminalType, isAlive ? u"true"_s : u"false"_s);
+    }
+
+    test::FakeTerminalDriver terminal;
+    DoctorChecks withTerminals { { paths, client, peers, ports, { home.path() }, freePort, { &terminal }, true } };
+};
+
+TEST_F(DoctorOfTerminals, areInOrder)
+{
+    const QList<DoctorCheck> found = withTerminals.terminals();
+
+    ASSERT_EQ(found.size(), 1);
+    EXPECT_TRUE(found.first().ok);
+    EXPECT_EQ(terminal.calls(), QStringList { u"examine one"_s });
+}
+
+TEST_F(DoctorOfTerminals, thatCannotBeDrivenAreNamedWithWhatToDo)
+{
+    terminal.setProblem(TerminalDriver::Problem { u"it listens nowhere"_s, u"let it listen"_s });
+
+    const QList<DoctorCheck> found = withTerminals.terminals();
+
+    ASSERT_EQ(found.size(), 2);
+    EXPECT_TRUE(found.first().ok) << "the other session's";
+    EXPECT_FALSE(found.last().ok);
+    EXPECT_EQ(found.last().detail, u"one (shop): it listens nowhere");
+    EXPECT_EQ(found.last().advice, u"let it listen");
+    EXPECT_EQ(found.last().weight, Weight::Helpful);
+}
+
+TEST_F(DoctorOfTerminals, thatGiveTheirNameAloneAreLookedAt)
+{
+    client.document = u"{\"sessions\":[%1]}"_s.arg(session(u"one"_s, u"tmux"_s, true));
+    terminal.setProblem(TerminalDriver::Problem { u"it listens nowhere"_s, u"let it listen"_s });
+
+    ASSERT_EQ(withTerminals.terminals().size(), 1);
+    EXPECT_FALSE(withTerminals.terminals().first().ok);
+}
+
+TEST_F(DoctorOfTerminals, areNoneWhenNothingRuns)
+{
+    client.stopRunning();
+
+    ASSERT_EQ(withTerminals.terminals().size(), 1);
+    EXPECT_TRUE(withTerminals.terminals().first().ok);
+    EXPECT_TRUE(terminal.calls().isEmpty());
+}
+
+TEST_F(DoctorOfTerminals, wantADisplay)
+{
+    EXPECT_TRUE(withTerminals.display().ok);
+    EXPECT_FALSE(checks.display().ok);
+    EXPECT_EQ(checks.display().weight, Weight::Helpful);
 }
 
 const QList<DoctorCheck> report { { u"bus"_s, true, u"fine"_s, {}, Weight::Helpful },

@@ -5,6 +5,8 @@
 #include "support/ManualScheduler.h"
 #include "support/RecordingConsole.h"
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gmock/gmock.h>
@@ -120,6 +122,59 @@ TEST_F(SessionCommands, asksWithTheWholeIdentifier)
     EXPECT_EQ(client.calls, (QStringList { u"allow xyz"_s, u"deny xyz"_s, u"deny and stop xyz"_s,
                                            u"always-allow abc-1"_s, u"kill abc-2"_s }));
     EXPECT_EQ(console.output, "");
+}
+
+TEST_F(SessionCommands, passOnWhatIsTypedAndChosen)
+{
+    EXPECT_EQ(runSend({ u"xy"_s, u"Go on"_s }, client, console), exitCode::done);
+    EXPECT_EQ(runAnswer({ u"xyz"_s, 2 }, client, console), exitCode::done);
+    EXPECT_EQ(runFocus({ u"xyz"_s }, client, console), exitCode::done);
+
+    client.calls.removeAll(u"list"_s);
+    EXPECT_EQ(client.calls, (QStringList { u"send xyz Go on"_s, u"answer xyz 2"_s, u"focus xyz"_s }));
+}
+
+class LaunchCommand : public SessionCommands
+{
+protected:
+    [[nodiscard]] int run(const command::Launch &command) { return runLaunch(command, client, paths, console, clock); }
+
+    QTemporaryDir home;
+    Paths paths { .home = home.path(), .dataFolder = home.path(), .configFile = {}, .runtimeFolder = {} };
+    test::ManualClock clock;
+};
+
+TEST_F(LaunchCommand, makesThePathAbsolute)
+{
+    EXPECT_EQ(run({ u"."_s }), exitCode::done);
+    EXPECT_EQ(run({ home.path() + u"/./"_s, command::Launch::Mode::ContinueLatest, {}, AgentPermissionMode::planMode }),
+              exitCode::done);
+
+    EXPECT_EQ(client.calls, (QStringList { u"launch %1 fresh  askPermissions"_s.arg(QDir::currentPath()),
+                                           u"launch %1 continueLatest  planMode"_s.arg(home.path()) }));
+}
+
+TEST_F(LaunchCommand, needsAFolder)
+{
+    EXPECT_EQ(run({ home.path() + u"/none"_s }), exitCode::refused);
+    EXPECT_EQ(run({ u":/qt"_s }), exitCode::refused) << "a program's own resources are no folder";
+
+    EXPECT_TRUE(client.calls.isEmpty());
+    EXPECT_EQ(console.errors.size(), 2U);
+}
+
+TEST_F(LaunchCommand, looksForTheSessionToResume)
+{
+    using Mode = command::Launch::Mode;
+    EXPECT_EQ(run({ home.path(), Mode::Resume, u"xy"_s }), exitCode::done);
+    EXPECT_TRUE(client.calls.last().startsWith(u"launch %1 resume xyz "_s.arg(home.path())));
+
+    EXPECT_EQ(run({ home.path(), Mode::Resume, u"abc"_s }), exitCode::refused) << "it fits two";
+    EXPECT_EQ(run({ home.path(), Mode::Resume, u"none"_s }), exitCode::refused);
+
+    const QString unknown = u"6a0e7f8c-1111-4222-8333-944445555666"_s;
+    EXPECT_EQ(run({ home.path(), Mode::Resume, unknown }), exitCode::done) << "the agent may know it";
+    EXPECT_TRUE(client.calls.last().contains(unknown));
 }
 
 TEST_F(SessionCommands, askForNothingWhenSeveralSessionsFit)

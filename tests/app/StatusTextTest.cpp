@@ -139,6 +139,21 @@ TEST(StatusText, tellsWhereAPermissionCanBeAnswered)
     EXPECT_TRUE(text.contains(u"needs_permission  "));
 }
 
+TEST(StatusText, shortensTheProjectBeforeTheStatusInANarrowTerminal)
+{
+    const Json narrow = session("abcdefgh", "needs_permission",
+                                { { "statusText", "Needs permission: NotebookEdit" },
+                                  { "projectName", "a-project-with-a-name" },
+                                  { "gitBranch", "feature/with-a-name" },
+                                  { "heldPermissions", 1 },
+                                  { "previewLine", "a preview that is long enough to want its room" } });
+
+    const QString text = statusText(document({ narrow }), { .isColoured = false, .width = 97 });
+
+    EXPECT_TRUE(text.contains(u"Needs permission: NotebookEdit ")) << text.toStdString();
+    EXPECT_FALSE(text.contains(u"a-project-with-a-name")) << text.toStdString();
+}
+
 TEST(StatusText, tellsAPersonHowToAnswer)
 {
     const StatusDocument waiting =

@@ -108,9 +108,9 @@ QString sessionTable(const QList<SessionRow> &sessions, const TextStyle &style)
 {
     const QHash<QString, QString> shown = shortIDs(idsOf(sessions));
     TextTable table;
-    table.setLimits(1, widestStatus, narrowestStatus);
-    table.setLimits(2, widestProject, narrowestName);
     table.setLimits(3, widestBranch, narrowestName);
+    table.setLimits(2, widestProject, narrowestName);
+    table.setLimits(1, widestStatus, narrowestStatus);
     table.addRow(headerRow({ u"  ID"_s, u"STATUS"_s, u"PROJECT"_s, u"BRANCH"_s, u"UPDATED"_s, u"LAST"_s }));
     for (const SessionRow &session : sessions) {
         const Paint paint = statusPaint(session);

@@ -179,9 +179,9 @@ QList<int> TextTable::columnWidths() const
         for (qsizetype i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], displayWidth(row[i].text));
     }
-    for (auto limits = m_limits.cbegin(); limits != m_limits.cend(); ++limits) {
-        if (limits.key() < widths.size())
-            widths[limits.key()] = std::min(widths[limits.key()], limits->widest);
+    for (const Limits &limits : m_limits) {
+        if (limits.column < widths.size())
+            widths[limits.column] = std::min(widths[limits.column], limits.widest);
     }
     return widths;
 }
@@ -193,11 +193,13 @@ void TextTable::fitInto(int columns, QList<int> &widths) const
     for (qsizetype i = 0; i + 1 < widths.size(); ++i)
         left -= widths[i] + columnGap;
     const int wanted = std::min(widths.last(), usefulLastColumn);
-    for (auto limits = m_limits.cbegin(); limits != m_limits.cend() && left < wanted; ++limits) {
-        if (limits.key() + 1 >= widths.size())
+    for (const Limits &limits : m_limits) {
+        if (left >= wanted)
+            break;
+        if (limits.column + 1 >= widths.size())
             continue;
-        int &width = widths[limits.key()];
-        const int given = std::clamp(width - limits->narrowest, 0, wanted - left);
+        int &width = widths[limits.column];
+        const int given = std::clamp(width - limits.narrowest, 0, wanted - left);
         width -= given;
         left += given;
     }

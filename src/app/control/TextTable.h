@@ -3,7 +3,6 @@
 #include "app/control/Console.h"
 
 #include <QList>
-#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -41,8 +40,9 @@ public:
     };
     using Row = QList<Cell>;
 
-    /// The widest that a column but the last gets, and how narrow it may become in a narrow terminal.
-    void setLimits(int column, int widest, int narrowest) { m_limits.insert(column, { widest, narrowest }); }
+    /// The widest that a column but the last gets, and how narrow it may become in a narrow terminal. The columns give
+    /// way in the order in which their limits are set.
+    void setLimits(int column, int widest, int narrowest) { m_limits.append({ column, widest, narrowest }); }
     void addRow(Row row) { m_rows.append(std::move(row)); }
 
     [[nodiscard]] QString render(const TextStyle &style) const;
@@ -50,6 +50,7 @@ public:
 private:
     struct Limits
     {
+        int column;
         int widest;
         int narrowest;
     };
@@ -58,7 +59,7 @@ private:
     void fitInto(int columns, QList<int> &widths) const;
 
     QList<Row> m_rows;
-    QMap<int, Limits> m_limits;
+    QList<Limits> m_limits;
 };
 
 } // namespace vantry
