@@ -84,6 +84,9 @@ inline constexpr char loadAllOfTool[] =
 // Of sessions with the same updated_at, the three limits below cut between the same two: all walk the index on it
 // backwards.
 inline constexpr char sessionBeyondLimit[] = "SELECT id FROM sessions ORDER BY updated_at DESC LIMIT 1 OFFSET ?";
+inline constexpr char sessionsBeyondLimit[] =
+    "SELECT id FROM sessions WHERE id IS NOT NULL ORDER BY updated_at DESC LIMIT ? OFFSET ?";
+inline constexpr char deleteSession[] = "DELETE FROM sessions WHERE id = ?";
 inline constexpr char pruneSearch[] = "DELETE FROM session_search WHERE session_id IN (SELECT id FROM sessions"
                                       " ORDER BY updated_at DESC LIMIT -1 OFFSET ?)";
 inline constexpr char pruneSessions[] =

@@ -31,6 +31,10 @@ struct Project
     std::optional<QString> gitBranch;
 };
 
+/// So many rows, or for so long, nobody else gets the queue.
+constexpr std::int64_t prunedAtOnce = 32;
+constexpr std::chrono::milliseconds longestPruning { 2 };
+
 std::optional<Project> readProject(Statement &row)
 {
     if (row.step() != Step::Row)
@@ -160,6 +164,11 @@ void SessionStore::prune(std::int64_t limit)
     // reads one entry of an index instead of all of the search table.
     if (m_db->use(sql::sessionBeyondLimit).bind(limit).step() == Step::Done)
         return;
+    // Old transcripts can bring thousands of sessions at once: others get their turn while those go.
+    if (m_db->use(sql::sessionBeyondLimit).bind(limit + prunedAtOnce).step() == Step::Row && pruneSome(limit)) {
+        m_queue.async([this, limit] { prune(limit); });
+        return;
+    }
     StoreTransaction transaction(*m_db);
     if (!transaction.isOpen())
         return;
@@ -168,6 +177,31 @@ void SessionStore::prune(std::int64_t limit)
     std::ignore = m_db->use(sql::pruneSessions).bind(limit).run();
     transaction.commit();
     mergeSearchIndexSoon();
+}
+
+bool SessionStore::pruneSome(std::int64_t limit)
+{
+    StoreTransaction transaction(*m_db);
+    if (!transaction.isOpen())
+        return false;
+    QStringList surplus;
+    {
+        Statement rows = m_db->use(sql::sessionsBeyondLimit);
+        rows.bind(prunedAtOnce, limit);
+        while (rows.step() == Step::Row)
+            surplus.append(rows.text(0).value_or(QString()));
+    }
+    const MonotonicTime end = m_clock.monotonicNow() + longestPruning;
+    for (const QString &id : std::as_const(surplus)) {
+        if (!deleteSearchRows(id) || !m_db->use(sql::deleteSession).bind(id).run())
+            return false;
+        if (m_clock.monotonicNow() >= end)
+            break;
+    }
+    if (surplus.isEmpty() || !transaction.commit())
+        return false;
+    mergeSearchIndexSoon();
+    return true;
 }
 
 void SessionStore::updateSearchIndex(const QString &id, const std::optional<QString> &prompts,

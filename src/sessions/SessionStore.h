@@ -69,7 +69,8 @@ public:
     virtual void save(const VantrySession &session) = 0;
     /// The rows of the last 24 hours, newest first.
     [[nodiscard]] virtual QList<SessionPtr> loadAll(std::optional<AgentTool> filter) = 0;
-    /// Keeps the newest `limit` rows and their search rows.
+    /// Keeps the newest `limit` rows and their search rows. Many surplus rows go in pieces, each a task of its own, the
+    /// first one now.
     virtual void prune(std::int64_t limit) = 0;
 
     /// Puts itself on the queue and waits.
@@ -139,6 +140,8 @@ private:
     void createSchema();
     void checkpointSoon();
     void mergeSearchIndexSoon();
+    /// Deletes some of the sessions beyond the limit. False when it could not.
+    [[nodiscard]] bool pruneSome(std::int64_t limit);
     [[nodiscard]] bool addHistoricalSession(const HistoricalSession &value);
     void replaceSearchRow(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
                           const std::optional<QString> &summary);

@@ -420,6 +420,26 @@ TEST_F(SessionStore, prunesAtAThousandAndNotBefore)
     EXPECT_EQ(database.value("SELECT count(*) FROM session_search WHERE session_id = 's1'"), "0");
 }
 
+TEST_F(SessionStore, prunesManySessionsInPiecesBetweenWhichOthersHaveTheirTurn)
+{
+    open();
+    Database database(m_path);
+    database.script("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 1200)"
+                    " INSERT INTO sessions (id, updated_at) SELECT 's' || i, printf('%05d', i) FROM n;"
+                    "INSERT INTO session_search (session_id) SELECT id FROM sessions");
+    const auto count = [&] { return database.value("SELECT count(*) FROM sessions"); };
+
+    int turns = 0;
+    prune(1000);
+    EXPECT_GT(QByteArray::fromStdString(count()).toInt(), 1000);
+    for (; count() != "1000" && turns < 1000; ++turns)
+        m_store.queue().sync([] {});
+
+    EXPECT_EQ(count(), "1000");
+    EXPECT_EQ(database.value("SELECT count(*) FROM session_search"), "1000");
+    EXPECT_EQ(database.value("SELECT min(updated_at) FROM sessions"), "00201");
+}
+
 TEST_F(SessionStore, prunesToNothingWithALimitOfZero)
 {
     open();
