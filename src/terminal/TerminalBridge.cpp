@@ -324,11 +324,22 @@ void TerminalBridge::type(const VantrySession &session, const Keystrokes &keys, 
                           Completion completion)
 {
     const TerminalTarget target = targetOf(session);
-    if (TerminalDriver *driver = driverFor(target, &Abilities::type))
-        drive(*driver, u"type into"_s, target, stepsFor(*driver, session, keys, decide), std::move(completion));
-    else
-        m_scripts->runAppleScript(TerminalScripts::writeToITermSession(target.sessionID, keys.texts, keys.submits),
-                                  std::move(completion));
+    TerminalDriver *driver = driverFor(target, &Abilities::type);
+    if (!driver)
+        return m_scripts->runAppleScript(
+            TerminalScripts::writeToITermSession(target.sessionID, keys.texts, keys.submits), std::move(completion));
+    TerminalLanes::Steps steps = stepsFor(*driver, session, keys, decide);
+    // Nobody waits for the pause before a line's Return.
+    const bool isLine = keys.texts.size() == 1 && keys.submits;
+    if (isLine && completion) {
+        const auto once = std::make_shared<Completion>(std::move(completion));
+        completion = [once](const auto &failure) {
+            if (const Completion tell = std::exchange(*once, {}))
+                tell(failure);
+        };
+        steps.front().then = [completion] { completion(std::nullopt); };
+    }
+    drive(*driver, u"type into"_s, target, std::move(steps), std::move(completion));
 }
 
 std::optional<QString> TerminalBridge::terminalName(const VantrySession &session) const

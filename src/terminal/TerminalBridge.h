@@ -74,7 +74,7 @@ public:
     /// Types a line and submits it, also as the free answer to one question with a single choice. Line breaks are
     /// removed, and for a driver's terminal other control characters, too, which would be keys there. Where it can't be
     /// typed, or would answer an open dialog by accident, the terminal is brought forward instead, and the completion
-    /// is given the reason.
+    /// is given the reason. Otherwise that is called once the text stands in the terminal; its Return follows.
     void sendText(const VantrySession &session, const QString &text, Completion completion = {});
     /// Submits what stands in the terminal: approves an open permission prompt.
     void pressReturn(const VantrySession &session, Completion completion = {});

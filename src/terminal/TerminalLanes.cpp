@@ -62,11 +62,15 @@ private:
         std::deque<Step> &steps = m_lanes[name].jobs.front().steps;
         Step step = std::move(steps.front());
         steps.pop_front();
-        const auto post = [&mainQueue = m_mainQueue, weak = weak_from_this(), name,
-                           pause = step.pauseAfter](Failure failure) {
-            mainQueue.post([weak, name, pause, failure = std::move(failure)] {
-                if (const auto jobs = weak.lock())
-                    jobs->endStep(name, pause, failure);
+        const auto post = [&mainQueue = m_mainQueue, weak = weak_from_this(), name, pause = step.pauseAfter,
+                           then = step.then](Failure failure) {
+            mainQueue.post([weak, name, pause, then, failure = std::move(failure)] {
+                const auto jobs = weak.lock();
+                if (!jobs)
+                    return;
+                jobs->endStep(name, pause, failure);
+                if (!failure && then)
+                    then();
             });
         };
         if (Failure refusal = step.mayBegin ? step.mayBegin() : std::nullopt)

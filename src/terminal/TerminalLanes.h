@@ -29,6 +29,7 @@ public:
         std::function<Failure()> call {};           ///< Runs off the main thread.
         std::chrono::milliseconds pauseAfter { 0 }; ///< How long nothing else is done in the lane after it.
         std::function<Failure()> mayBegin {};       ///< Asked on the main thread just before it; may be unset.
+        std::function<void()> then {};              ///< Called from the main queue when it succeeded; may be unset.
     };
     using Steps = std::vector<Step>;
 
