@@ -162,18 +162,19 @@ def whereabouts():
     return pid if pid > 1 else None, shells[0] if shells else None
 
 
-def has_left_tmux(agent):
-    """Whether a window that was opened from a pane, and was handed its variables, is nearer to the agent than tmux."""
+def has_left(host, agent):
+    """Whether another terminal or editor, which was opened from the host and handed its variables, is nearer to the
+    agent."""
     near = [name for _, name in lineage(agent) if name in WINDOWED or name == "tmux: server"]
-    return near[:1] not in ([], ["tmux: server"])
+    return near[:1] not in ([], [host])
 
 
 def terminal(agent):
     """(type, session id). tmux comes first: inside it the variables of the terminal around it may be stale."""
-    for place, part, kind in (("TMUX", "TMUX_PANE", "tmux-pane"),
-                              ("KITTY_LISTEN_ON", "KITTY_WINDOW_ID", "kitty-window"),
-                              ("KONSOLE_DBUS_SERVICE", "KONSOLE_DBUS_SESSION", "konsole-session")):
-        if env(place) and env(part) and not (place == "TMUX" and agent and has_left_tmux(agent)):
+    for place, part, kind, host in (("TMUX", "TMUX_PANE", "tmux-pane", "tmux: server"),
+                                    ("KITTY_LISTEN_ON", "KITTY_WINDOW_ID", "kitty-window", "kitty"),
+                                    ("KONSOLE_DBUS_SERVICE", "KONSOLE_DBUS_SESSION", "konsole-session", "konsole")):
+        if env(place) and env(part) and not (agent and has_left(host, agent)):
             return kind, (env(place).rsplit(",", 2)[0] if place == "TMUX" else env(place)) + "," + env(part)
     program = env("TERM_PROGRAM", "")
     if program == "vscode":

@@ -289,14 +289,21 @@ class Surroundings(HookTest):
                 posted = self.delivered(event("Stop"), environment={**self.environment, **variables})
                 self.assertEqual((posted["terminal_type"], posted["terminal_session_id"]), (kind, place))
 
-    def test_tells_the_window_that_was_opened_from_a_tmux_pane(self):
-        inherited = {"TMUX": "/tmp/tmux-1000/default,123,0", "TMUX_PANE": "%5", "WINDOWID": "4711"}
-        for parents, kind, place in ((("xterm",), "x11-window", "4711"),
-                                     (("tmux: server",), "tmux-pane", "/tmp/tmux-1000/default,%5"),
-                                     (("tmux: server", "xterm"), "x11-window", "4711"),
-                                     (("xterm", "tmux: server"), "tmux-pane", "/tmp/tmux-1000/default,%5"),
-                                     (("some-window",), "tmux-pane", "/tmp/tmux-1000/default,%5")):
-            with self.subTest(parents):
+    def test_tells_the_window_that_was_opened_from_another_terminal(self):
+        window, pane = {"WINDOWID": "4711"}, "/tmp/tmux-1000/default,%5"
+        tmux = {"TMUX": "/tmp/tmux-1000/default,123,0", "TMUX_PANE": "%5", **window}
+        kitty = {"KITTY_LISTEN_ON": "unix:/tmp/k", "KITTY_WINDOW_ID": "3", "TERM_PROGRAM": "vscode"}
+        konsole = {"KONSOLE_DBUS_SERVICE": ":1.5", "KONSOLE_DBUS_SESSION": "/Sessions/1", **window}
+        for inherited, parents, kind, place in ((tmux, ("xterm",), "x11-window", "4711"),
+                                                (tmux, ("tmux: server",), "tmux-pane", pane),
+                                                (tmux, ("tmux: server", "xterm"), "x11-window", "4711"),
+                                                (tmux, ("xterm", "tmux: server"), "tmux-pane", pane),
+                                                (tmux, ("some-window",), "tmux-pane", pane),
+                                                (kitty, ("kitty", "code"), "vscode", ""),
+                                                (kitty, ("code", "kitty"), "kitty-window", "unix:/tmp/k,3"),
+                                                (konsole, ("konsole", "xterm"), "x11-window", "4711"),
+                                                (konsole, ("dolphin",), "konsole-session", ":1.5,/Sessions/1")):
+            with self.subTest((kind, parents)):
                 command = "sleep 1000 & echo $!; wait"
                 for name in reversed(parents):
                     if not (self.folder / name).exists():
