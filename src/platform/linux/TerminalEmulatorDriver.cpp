@@ -69,10 +69,10 @@ std::optional<TerminalEmulator> TerminalEmulator::find(const QString &command)
         // A relative path would be another program in another folder.
         if (program.isEmpty() || (program.contains(u'/') && !program.startsWith(u'/')))
             return std::nullopt;
-        const QString executable = QStandardPaths::findExecutable(program);
-        if (executable.isEmpty())
+        const QString path = QStandardPaths::findExecutable(program);
+        if (path.isEmpty())
             return std::nullopt;
-        return TerminalEmulator { executable, options + introductionFor(executable) };
+        return TerminalEmulator { path, options + introductionFor(path) };
     };
     // A path may hold blanks itself.
     if (auto whole = make(command.trimmed(), {}))
