@@ -150,6 +150,34 @@ TEST(TranscriptLines, takesTheLongestLineThatIsRead)
     EXPECT_EQ(readAll(TranscriptScratch(QByteArray(longest + 1, 'x') + "\n").path()).lines.size(), 0U);
 }
 
+TEST(TranscriptLines, takesLongLinesThatBeginWithinAPage)
+{
+    for (const qsizetype length : { 2'000'000, 2'097'152, 5'000'000, 16'777'216 }) {
+        const Reading reading =
+            readAll(TranscriptScratch("one\n" + QByteArray(length, 'x') + "\n" + QByteArray(9'000, 'y') + "\n").path());
+        ASSERT_EQ(reading.lines.size(), 3U) << length;
+        EXPECT_EQ(reading.lines.at(1).size(), static_cast<std::size_t>(length));
+        EXPECT_EQ(reading.lines.at(2), std::string(9'000, 'y'));
+    }
+}
+
+TEST(TranscriptLines, givesTheLinesBeforeOneThatIsNotUtf8)
+{
+    const QByteArray sound = QByteArray("\xE6\x97\xA5").repeated(70'000) + '\n';
+    for (const QByteArray &unsound : { QByteArray("\xE6\x97"), QByteArray("\xA5"), QByteArray("\xED\xA0\x80") }) {
+        const TranscriptScratch scratch(sound + sound + "one\n" + unsound + '\n' + sound);
+        const auto file = TranscriptFile::open(scratch.path());
+        ASSERT_TRUE(file);
+        TranscriptLines lines(*file);
+        for (int i = 0; i < 3; ++i)
+            ASSERT_TRUE(lines.next());
+        EXPECT_FALSE(lines.hasFailed());
+        EXPECT_EQ(lines.endOfTerminated(), 2U * static_cast<std::size_t>(sound.size()) + 4);
+        EXPECT_FALSE(lines.next());
+        EXPECT_TRUE(lines.hasFailed());
+    }
+}
+
 TEST(TranscriptLines, endsQuietlyWhenTheFileShrinks)
 {
     const QByteArray line(100'000, 'x');
