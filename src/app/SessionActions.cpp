@@ -186,8 +186,11 @@ void SessionActions::approvePlanSoon(const SessionPtr &session, const Completion
 {
     TerminalBridge &bridge = m_services.terminalBridge;
     if (!bridge.canType(*session)) {
+        // The request has been answered all the same; the user finds the plan's dialog in front.
+        m_services.log.write(u"SessionActions: the plan of session "_s + session->id() +
+                             u" has to be approved in its terminal, too"_s);
         bridge.focusTerminal(*session);
-        finish(done, u"the plan has to be approved in the session's terminal, too"_s);
+        finish(done);
         return;
     }
     const std::uint64_t number = ++m_lastPlanApproval;
@@ -198,7 +201,7 @@ void SessionActions::approvePlanSoon(const SessionPtr &session, const Completion
         if (session->isAlive() && session->lastUpdated() == answeredAt)
             m_services.terminalBridge.approvePlan(*session, done);
         else
-            finish(done, u"the session went on before its plan could be approved in the terminal; look there"_s);
+            finish(done);
     });
 }
 
