@@ -18,13 +18,12 @@ void useLargePages([[maybe_unused]] char *data, [[maybe_unused]] std::size_t siz
 {
 #ifdef MADV_HUGEPAGE
     constexpr std::size_t worthwhile = std::size_t { 4 } << 20;
-    constexpr std::uintptr_t page = 4096;
+    constexpr std::size_t page = 4096;
     if (size < worthwhile)
         return;
     // Only a hint: whether it is taken is of no concern.
-    const auto begin = (reinterpret_cast<std::uintptr_t>(data) + page - 1) / page * page;
-    const auto end = (reinterpret_cast<std::uintptr_t>(data) + size) / page * page;
-    ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+    const std::size_t toPage = (page - reinterpret_cast<std::uintptr_t>(data) % page) % page;
+    ::madvise(data + toPage, (size - toPage) / page * page, MADV_HUGEPAGE);
 #endif
 }
 
