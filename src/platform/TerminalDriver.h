@@ -61,7 +61,7 @@ public:
     [[nodiscard]] virtual Abilities abilities(const TerminalTarget &target) const = 0;
 
     // What follows asks the terminal and waits, two seconds at most. Any thread but the main thread; never two calls at
-    // once for the same target.
+    // once for the same target, but that one may be shown while something is typed into it.
 
     /// Shows the target to the user: its tab and pane become the current ones, its window is raised.
     virtual Failure focus(const TerminalTarget &target) = 0;

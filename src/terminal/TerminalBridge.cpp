@@ -135,9 +135,10 @@ TerminalBridge::~TerminalBridge() = default;
 void TerminalBridge::focusTerminal(const VantrySession &session, Completion completion)
 {
     const TerminalTarget target = targetOf(session);
+    // In a lane of its own: to look at a terminal, nobody waits for what is being typed into it.
     if (TerminalDriver *driver = driverFor(target, &Abilities::focus))
-        drive(*driver, u"focus"_s, target, { { [driver, target] { return driver->focus(target); } } },
-              std::move(completion));
+        drive(*driver, u"focus"_s, TerminalLanes::laneOf(target) + u"\nfocus",
+              { { [driver, target] { return driver->focus(target); } } }, std::move(completion));
     else if (target.type == u"iterm2")
         focusITerm2(target.sessionID, std::move(completion));
     else if (target.type == u"kitty")
@@ -339,7 +340,7 @@ void TerminalBridge::type(const VantrySession &session, const Keystrokes &keys, 
         };
         steps.front().then = [completion] { completion(std::nullopt); };
     }
-    drive(*driver, u"type into"_s, target, std::move(steps), std::move(completion));
+    drive(*driver, u"type into"_s, TerminalLanes::laneOf(target), std::move(steps), std::move(completion));
 }
 
 std::optional<QString> TerminalBridge::terminalName(const VantrySession &session) const
@@ -370,8 +371,8 @@ void TerminalBridge::closeTab(const VantrySession &session, Completion completio
         m_completions->post(std::move(completion), reason);
     };
     if (TerminalDriver *driver = driverFor(target, &Abilities::close))
-        drive(*driver, u"close"_s, target, { { [driver, target] { return driver->close(target); } } },
-              std::move(completion));
+        drive(*driver, u"close"_s, TerminalLanes::laneOf(target),
+              { { [driver, target] { return driver->close(target); } } }, std::move(completion));
     else if (isITermSession(target))
         m_scripts->runAppleScript(TerminalScripts::closeITermSession(target.sessionID), std::move(completion));
     else if (target.type == u"iterm2")
@@ -402,11 +403,11 @@ TerminalDriver *TerminalBridge::driverFor(const TerminalTarget &target, bool Abi
     return driver && driver->abilities(target).*ability ? driver : nullptr;
 }
 
-void TerminalBridge::drive(const TerminalDriver &driver, const QString &task, const TerminalTarget &target,
+void TerminalBridge::drive(const TerminalDriver &driver, const QString &task, const QString &lane,
                            TerminalLanes::Steps steps, Completion completion)
 {
     m_lanes.run(
-        TerminalLanes::laneOf(target), std::move(steps),
+        lane, std::move(steps),
         [this, what = QString(task + u' ' + driver.name()), completion = std::move(completion)](const auto &failure) {
             if (failure)
                 log(u"failed to "_s + what + u": "_s + *failure);

@@ -112,8 +112,8 @@ private:
     [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target) const;
     [[nodiscard]] TerminalDriver *driverFor(const TerminalTarget &target,
                                             bool TerminalDriver::Abilities::*ability) const;
-    void drive(const TerminalDriver &driver, const QString &task, const TerminalTarget &target,
-               TerminalLanes::Steps steps, Completion completion);
+    void drive(const TerminalDriver &driver, const QString &task, const QString &lane, TerminalLanes::Steps steps,
+               Completion completion);
 
     void focusITerm2(const QString &sessionID, Completion completion);
     void focusKitty(const QString &sessionID, Completion completion);
