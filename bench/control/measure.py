@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Measures `vantry send` and `vantry focus` on a tmux pane against a program that links the same libraries and does
-nothing, in alternating rounds; a bare call of tmux stands beside them. Of `send`, a tenth of a second is the pause before
-its Return. Runs an application of its own, in a scratch home and on a bus of its own; port 49152 has to be free.
+nothing, in alternating rounds; a bare call of tmux stands beside them. `send` is done once the text is typed; between
+rounds its Return follows, since the next line would wait for that. Runs an application of its own, in a scratch home and
+on a bus of its own; port 49152 has to be free.
 
     bench/control/measure.py build/bench
 """
@@ -15,7 +16,8 @@ import tempfile
 import time
 import urllib.request
 
-ROUNDS = 100
+ROUNDS = 50
+RETURN_FOLLOWS = 0.3  # seconds
 
 
 def post(event):
@@ -70,6 +72,7 @@ def measure(build, home):
         for _ in range(ROUNDS):
             for name, command in commands.items():
                 times[name].append(milliseconds(command, environment))
+            time.sleep(RETURN_FOLLOWS)
     finally:
         application.terminate()
         application.wait()
