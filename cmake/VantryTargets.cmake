@@ -33,6 +33,36 @@ function(vantry_library folder)
     target_link_libraries(${target} PUBLIC vantry_options ${ARG_USES})
 endfunction()
 
+# vantry_qml_library(<folder> URI <module> SOURCES <file>... QML <file>... [USES <folder or library>...])
+# A library whose folder is also a QML module. Programs link the library and its plugin (vantry_<folder>plugin), and
+# QML finds the module under qrc:/qt/qml.
+function(vantry_qml_library folder)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "URI" "SOURCES;QML;USES")
+    string(REPLACE "/" "_" target "vantry_${folder}")
+    string(REPLACE "." "/" module_folder "${ARG_URI}")
+    foreach(file IN LISTS ARG_QML)
+        cmake_path(GET file FILENAME name)
+        set_source_files_properties(${file} PROPERTIES QT_RESOURCE_ALIAS ${name})
+    endforeach()
+    qt_add_library(${target} STATIC)
+    qt_add_qml_module(${target}
+        URI ${ARG_URI}
+        VERSION 1.0
+        RESOURCE_PREFIX /qt/qml
+        OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${module_folder}
+        IMPORT_PATH ${CMAKE_BINARY_DIR}/qml
+        QML_FILES ${ARG_QML}
+        SOURCES ${ARG_SOURCES})
+    # The code that registers the types includes their headers without their folder.
+    target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${target} PUBLIC vantry_options ${ARG_USES} Qt6::Quick)
+    target_link_libraries(${target}plugin PRIVATE vantry_options)
+    # What Qt's compiler for QML writes isn't ours to mend.
+    get_target_property(compiled ${target} SOURCES)
+    list(FILTER compiled INCLUDE REGEX "/qmlcache/")
+    set_source_files_properties(${compiled} PROPERTIES COMPILE_OPTIONS -w)
+endfunction()
+
 # What the sanitizers are told, for every test. Set on the tests, so that a plain ctest has it, too.
 set(vantry_test_environment
     "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1"

@@ -1,0 +1,9 @@
+#include "panels/MenuBarViewModel.h"
+
+namespace vantry {
+
+MenuBarViewModel::MenuBarViewModel(QObject *parent)
+    : QObject(parent)
+{}
+
+} // namespace vantry

@@ -1,0 +1,9 @@
+#include "style/Tokens.h"
+
+namespace vantry {
+
+Tokens::Tokens(QObject *parent)
+    : QObject(parent)
+{}
+
+} // namespace vantry
