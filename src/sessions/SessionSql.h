@@ -46,6 +46,10 @@ inline constexpr char createIndexes[] = "CREATE INDEX IF NOT EXISTS idx_sessions
                                         "CREATE INDEX IF NOT EXISTS idx_sessions_updated_at ON sessions(updated_at);"
                                         "CREATE INDEX IF NOT EXISTS idx_sessions_session_id ON sessions(session_id);";
 
+/// The transcripts that historical sessions came from, pruned ones too, in the order in which they were taken.
+inline constexpr char createTakenTranscripts[] =
+    "CREATE TABLE IF NOT EXISTS taken_transcripts (path TEXT NOT NULL UNIQUE, stamp TEXT NOT NULL)";
+
 /// Columns that are not in the update keep what the first insert gave them; COALESCE keeps what a record that knows
 /// less doesn't tell.
 inline constexpr char save[] = R"(
@@ -135,6 +139,13 @@ inline constexpr char sessionExists[] = "SELECT id FROM sessions WHERE id = ?";
 inline constexpr char insertHistoricalSession[] =
     "INSERT INTO sessions (id, session_id, agent_tool, project_dir, project_name, status, transcript_path, git_branch,"
     " created_at, updated_at, ended_at) VALUES (?, ?, 'claude-code', ?, ?, 'ready', ?, ?, ?, ?, ?)";
+
+inline constexpr char takenTranscript[] = "SELECT 1 FROM taken_transcripts WHERE path = ? AND stamp = ?";
+inline constexpr char rememberTranscript[] = "INSERT OR REPLACE INTO taken_transcripts (path, stamp) VALUES (?, ?)";
+/// Nobody tells when a transcript is deleted: so many are far more than agents leave behind.
+inline constexpr char forgetOldestTranscripts[] =
+    "DELETE FROM taken_transcripts WHERE rowid <= (SELECT max(rowid) FROM taken_transcripts) - 100000";
+inline constexpr char forgetTranscripts[] = "DELETE FROM taken_transcripts";
 
 } // namespace vantry::sql
 

@@ -85,6 +85,7 @@ void SessionStore::createSchema()
     if (!m_db->execute(sql::createSearch))
         logFailure(QStringLiteral("failed to create FTS5 table"));
     m_db->execute(sql::createIndexes);
+    m_db->execute(sql::createTakenTranscripts);
     m_db->leaveSearchIndexUnmerged();
 }
 
@@ -338,6 +339,7 @@ void SessionStore::clearSearchIndex()
 {
     if (!m_db)
         return;
+    std::ignore = m_db->use(sql::forgetTranscripts).run();
     std::ignore = m_db->use(sql::clearSearch).run();
     mergeSearchIndexSoon();
 }
@@ -358,6 +360,7 @@ bool SessionStore::clearSearchRows(std::int64_t last, std::chrono::nanoseconds b
     if (!transaction.isOpen())
         return false;
     const MonotonicTime end = m_clock.monotonicNow() + budget;
+    std::ignore = m_db->use(sql::forgetTranscripts).run();
     const auto nextRow = [&]() -> std::optional<std::int64_t> {
         Statement first = m_db->use(sql::firstSearchRow);
         if (first.step() != Step::Row || first.integer(0) > last)
@@ -421,14 +424,17 @@ std::optional<HistoryProgress> SessionStore::insertHistoricalSessions(std::span<
 bool SessionStore::addHistoricalSession(const HistoricalSession &value)
 {
     // It may have ended, and been indexed, since its transcript was read.
-    if (!searchRows(value.id).empty())
+    if (!searchRows(value.id).empty()) {
+        rememberTranscript(value);
         return false;
+    }
     // First, since without it there must be no session: its search row would be made of what little that one tells.
     if (!m_db->use(sql::insertSearchRow)
              .bind(value.id, value.projectName, value.projectDir, value.gitBranch, value.prompts, value.toolHistory,
                    value.summary)
              .run())
         return false;
+    rememberTranscript(value);
     if (m_db->use(sql::sessionExists).bind(value.id).step() == Step::Done) {
         // Fails where both dates are absent; the search row stays all the same.
         std::ignore = m_db->use(sql::insertHistoricalSession)
@@ -438,6 +444,21 @@ bool SessionStore::addHistoricalSession(const HistoricalSession &value)
                           .run();
     }
     return true;
+}
+
+/// In the transaction that takes it.
+void SessionStore::rememberTranscript(const HistoricalSession &value)
+{
+    if (!value.transcriptStamp)
+        return;
+    // A failure has it read once more, at most.
+    std::ignore = m_db->use(sql::rememberTranscript).bind(value.transcriptPath, *value.transcriptStamp).run();
+    std::ignore = m_db->use(sql::forgetOldestTranscripts).run();
+}
+
+bool SessionStore::hasTakenTranscript(const QString &path, const QString &stamp)
+{
+    return m_db && m_db->use(sql::takenTranscript).bind(path, stamp).step() == Step::Row;
 }
 
 std::optional<std::int64_t> SessionStore::usableLimit(std::int64_t limit)

@@ -44,6 +44,8 @@ struct HistoricalSession
     std::optional<QString> firstTimestamp; ///< Both in the store's date form.
     std::optional<QString> lastTimestamp;
     QString transcriptPath;
+    /// Tells the state of the transcript's file from others, if it is to be remembered as taken.
+    std::optional<QString> transcriptStamp;
 };
 
 /// What one go at a list of historical sessions has come to.
@@ -84,13 +86,17 @@ public:
     [[nodiscard]] virtual QSet<QString> indexedSessionIDs() = 0;
     /// A session that has a row, or a search row, keeps it.
     virtual void insertHistoricalSession(const HistoricalSession &value) = 0;
+    /// Whether a historical session with this path and stamp has come since the index was last cleared. It may have
+    /// been pruned since.
+    [[nodiscard]] virtual bool hasTakenTranscript(const QString &path, const QString &stamp) = 0;
 
     // The same in pieces, so that a large piece of work lets others onto the queue. Each call is one transaction; it
     // does at least one row and begins no other once the budget is used up.
 
     /// The last search row's number; nothing when there is none.
     [[nodiscard]] virtual std::optional<std::int64_t> lastSearchRow() = 0;
-    /// Deletes search rows up to this number. Whether some of them are left; no when they can't be deleted.
+    /// Deletes search rows up to this number, and forgets what transcripts were taken. Whether some of them are left;
+    /// no when they can't be deleted.
     [[nodiscard]] virtual bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget) = 0;
     /// Takes values from the front; one that can't be written is passed over. Nothing when the store is closed or
     /// no transaction is to be had.
@@ -129,6 +135,7 @@ public:
     void clearSearchIndex() override;
     [[nodiscard]] QSet<QString> indexedSessionIDs() override;
     void insertHistoricalSession(const HistoricalSession &value) override;
+    [[nodiscard]] bool hasTakenTranscript(const QString &path, const QString &stamp) override;
     [[nodiscard]] std::optional<std::int64_t> lastSearchRow() override;
     [[nodiscard]] bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget) override;
     [[nodiscard]] std::optional<HistoryProgress> insertHistoricalSessions(std::span<const HistoricalSession> values,
@@ -143,6 +150,7 @@ private:
     /// Deletes some of the sessions beyond the limit. False when it could not.
     [[nodiscard]] bool pruneSome(std::int64_t limit);
     [[nodiscard]] bool addHistoricalSession(const HistoricalSession &value);
+    void rememberTranscript(const HistoricalSession &value);
     void replaceSearchRow(const QString &id, const std::optional<QString> &prompts, const std::optional<QString> &tools,
                           const std::optional<QString> &summary);
     [[nodiscard]] std::vector<SearchRow> searchRows(const QString &id);

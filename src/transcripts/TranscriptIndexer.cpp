@@ -152,6 +152,13 @@ struct Candidate
     std::size_t folder; ///< Index of the project's folder.
     QString id;
     std::pair<std::int64_t, std::int64_t> modified; ///< Seconds, nanoseconds.
+    std::int64_t size;
+
+    /// Another whenever the file has changed.
+    [[nodiscard]] QString stamp() const
+    {
+        return QStringLiteral("%1.%2 %3").arg(modified.first).arg(modified.second, 9, 10, QChar(u'0')).arg(size);
+    }
 };
 
 } // namespace
@@ -234,13 +241,13 @@ private:
     /// Rows that are added meanwhile stay.
     void clearIndex()
     {
-        const auto last = runOn(m_store.queue(), [this] { return m_store.lastSearchRow(); });
-        bool isLeft = last.has_value();
+        const auto last = runOn(m_store.queue(), [this] { return m_store.lastSearchRow(); }).value_or(0);
+        bool isLeft = true;
         while (isLeft && !Cancellation::isThisThreadCancelled())
-            isLeft = runOn(m_store.queue(), [&] { return m_store.clearSearchRows(*last, pieceBudget); });
+            isLeft = runOn(m_store.queue(), [&] { return m_store.clearSearchRows(last, pieceBudget); });
     }
 
-    /// False when the projects can't be listed.
+    /// False when the projects can't be listed, and when the work has been cancelled.
     bool findCandidates(const std::string &root)
     {
         auto folders = entriesOf(root);
@@ -254,6 +261,8 @@ private:
                 continue;
             m_folders.push_back(QFile::decodeName(name.c_str()));
             for (const std::string &file : *files) {
+                if (Cancellation::isThisThreadCancelled())
+                    return false;
                 if (file.ends_with(extension))
                     addCandidate(folder + file, file, indexed);
             }
@@ -271,8 +280,24 @@ private:
         {};
         if (indexed.contains(id) || ::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
             return;
-        m_candidates.push_back(
-            { m_folders.size() - 1, std::move(id), { status.st_mtim.tv_sec, status.st_mtim.tv_nsec } });
+        Candidate candidate {
+            m_folders.size() - 1, std::move(id), { status.st_mtim.tv_sec, status.st_mtim.tv_nsec }, status.st_size
+        };
+        if (!wasTaken(candidate))
+            m_candidates.push_back(std::move(candidate));
+    }
+
+    /// Whether its session was indexed from the file as it is, and has been pruned since. Added again, it would only be
+    /// pruned again, at every start.
+    [[nodiscard]] bool wasTaken(const Candidate &candidate)
+    {
+        return runOn(m_store.queue(),
+                     [&] { return m_store.hasTakenTranscript(placeOf(candidate).path(), candidate.stamp()); });
+    }
+
+    [[nodiscard]] TranscriptPlace placeOf(const Candidate &candidate) const
+    {
+        return { m_projects, m_folders[candidate.folder], candidate.id };
     }
 
     /// False when not all could be read and written.
@@ -282,8 +307,10 @@ private:
         for (std::size_t i = 0; i < total; ++i) {
             tellProgress(i);
             const Candidate &candidate = m_candidates[i];
-            if (auto session = readHistoricalSession({ m_projects, m_folders[candidate.folder], candidate.id }))
+            if (auto session = readHistoricalSession(placeOf(candidate))) {
+                session->transcriptStamp = candidate.stamp();
                 m_writer.add(*std::move(session));
+            }
             if (m_writer.hasFailed() || Cancellation::isThisThreadCancelled())
                 break;
         }

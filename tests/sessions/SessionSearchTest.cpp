@@ -424,6 +424,88 @@ TEST_F(SessionSearch, replacesTheSearchRowOfAnOldTranscriptWhenItsSessionEnds)
     EXPECT_EQ(Database(m_path).value("SELECT group_concat(prompts) FROM session_search"), "own words");
 }
 
+// ---- Which old transcripts were taken ----
+
+HistoricalSession stamped(const QString &id, const QString &stamp)
+{
+    HistoricalSession value = historical(id);
+    value.transcriptPath = u'/' + id;
+    value.transcriptStamp = stamp;
+    return value;
+}
+
+TEST_F(SessionSearch, remembersWhichTranscriptsWereTakenAndInWhichState)
+{
+    const QString path = QStringLiteral("/h");
+    EXPECT_FALSE(hasTakenTranscript(path, QStringLiteral("1"))) << "the store is closed";
+    open();
+    EXPECT_FALSE(hasTakenTranscript(path, QStringLiteral("1")));
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    EXPECT_TRUE(hasTakenTranscript(path, QStringLiteral("1")));
+    EXPECT_FALSE(hasTakenTranscript(path, QStringLiteral("2")));
+
+    prune(0);
+    EXPECT_TRUE(hasTakenTranscript(path, QStringLiteral("1")));
+
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("2")));
+    EXPECT_FALSE(hasTakenTranscript(path, QStringLiteral("1")));
+    EXPECT_TRUE(hasTakenTranscript(path, QStringLiteral("2")));
+}
+
+TEST_F(SessionSearch, remembersTheTranscriptOfASessionThatWasIndexedByItsEvents)
+{
+    open();
+    saveIndexed(QStringLiteral("h"), QStringLiteral("own words"));
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    EXPECT_TRUE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+}
+
+TEST_F(SessionSearch, remembersNoTranscriptThatCouldNotBeIndexed)
+{
+    open();
+    Database(m_path).script("DROP TABLE session_search");
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    EXPECT_FALSE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+}
+
+TEST_F(SessionSearch, forgetsTheOldestOfTooManyTranscripts)
+{
+    open();
+    Database database(m_path);
+    database.script("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000)"
+                    " INSERT INTO taken_transcripts (path, stamp) SELECT '/' || i, '1' FROM n");
+
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+
+    EXPECT_EQ(database.value("SELECT count(*) FROM taken_transcripts"), "100000");
+    EXPECT_FALSE(hasTakenTranscript(QStringLiteral("/1"), QStringLiteral("1")));
+    EXPECT_TRUE(hasTakenTranscript(QStringLiteral("/2"), QStringLiteral("1")));
+    EXPECT_TRUE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+}
+
+TEST_F(SessionSearch, forgetsTheTranscriptsWhenTheIndexIsCleared)
+{
+    open();
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    m_store.queue().sync([this] { m_store.clearSearchIndex(); });
+    EXPECT_FALSE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    EXPECT_FALSE(clearSearchRows(0, {}));
+    EXPECT_FALSE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+}
+
+TEST_F(SessionSearch, takesTranscriptsWhereTheyCannotBeRemembered)
+{
+    open();
+    Database(m_path).script("DROP TABLE taken_transcripts");
+    insertHistoricalSession(stamped(QStringLiteral("h"), QStringLiteral("1")));
+    EXPECT_FALSE(hasTakenTranscript(QStringLiteral("/h"), QStringLiteral("1")));
+    EXPECT_THAT(indexedSessionIDs(), UnorderedElementsAre(QStringLiteral("h")));
+    EXPECT_THAT(found(QStringLiteral("quick")), ElementsAre(QStringLiteral("h")));
+    EXPECT_THAT(m_log.lines(), IsEmpty());
+}
+
 // ---- Old transcripts and the clearing of the index, piece by piece ----
 
 TEST_F(SessionSearch, takesAtLeastOneOldTranscriptAtATime)

@@ -111,6 +111,11 @@ std::optional<HistoryProgress> StoreTest::insertHistoricalSessions(const std::ve
     return m_store.queue().sync([&] { return m_store.insertHistoricalSessions(values, budget); });
 }
 
+bool StoreTest::hasTakenTranscript(const QString &path, const QString &stamp)
+{
+    return m_store.queue().sync([&] { return m_store.hasTakenTranscript(path, stamp); });
+}
+
 std::optional<std::int64_t> StoreTest::lastSearchRow()
 {
     return m_store.queue().sync([&] { return m_store.lastSearchRow(); });

@@ -63,6 +63,7 @@ protected:
     void insertHistoricalSession(const HistoricalSession &value);
     [[nodiscard]] std::optional<HistoryProgress> insertHistoricalSessions(const std::vector<HistoricalSession> &values,
                                                                           std::chrono::nanoseconds budget);
+    [[nodiscard]] bool hasTakenTranscript(const QString &path, const QString &stamp);
     [[nodiscard]] std::optional<std::int64_t> lastSearchRow();
     [[nodiscard]] bool clearSearchRows(std::int64_t last, std::chrono::nanoseconds budget);
 

@@ -65,6 +65,7 @@ public:
     void clearSearchIndex() override {}
     [[nodiscard]] QSet<QString> indexedSessionIDs() override { return {}; }
     void insertHistoricalSession(const HistoricalSession &) override {}
+    [[nodiscard]] bool hasTakenTranscript(const QString &, const QString &) override { return false; }
     [[nodiscard]] std::optional<std::int64_t> lastSearchRow() override { return std::nullopt; }
     [[nodiscard]] bool clearSearchRows(std::int64_t, std::chrono::nanoseconds) override { return false; }
     [[nodiscard]] std::optional<HistoryProgress> insertHistoricalSessions(std::span<const HistoricalSession>,

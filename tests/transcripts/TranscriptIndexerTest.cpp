@@ -1,7 +1,6 @@
 #include "transcripts/TranscriptIndexer.h"
 
-#include "support/ManualMainQueue.h"
-#include "transcripts/TranscriptProjects.h"
+#include "transcripts/TranscriptIndexerFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -26,9 +25,6 @@ using ::testing::Not;
 using ::testing::UnorderedElementsAre;
 
 using Progress = TranscriptIndexer::Progress;
-
-const QString key = QStringLiteral("transcriptIndexer.reindexV2");
-const QString rebuildingKey = QStringLiteral("transcriptIndexer.rebuilding");
 
 /// Hands everything on to a store, and lets a test in between: `before` is told of each call first, on the store's
 /// queue.
@@ -69,6 +65,11 @@ public:
         return m_store.indexedSessionIDs();
     }
     void insertHistoricalSession(const HistoricalSession &value) override { m_store.insertHistoricalSession(value); }
+    [[nodiscard]] bool hasTakenTranscript(const QString &path, const QString &stamp) override
+    {
+        tell("taken");
+        return m_store.hasTakenTranscript(path, stamp);
+    }
     [[nodiscard]] std::optional<std::int64_t> lastSearchRow() override
     {
         tell("last");
@@ -101,69 +102,11 @@ private:
     SessionStoring &m_store;
 };
 
-class TranscriptIndexerTest : public TranscriptProjectsTest
+class TranscriptIndexerTest : public TranscriptIndexerFixture
 {
 protected:
-    TranscriptIndexerTest() { openStore(); }
-
-    void openStore()
-    {
-        m_store.queue().sync([this] { m_store.open(); });
-    }
-    void closeStore()
-    {
-        m_store.queue().sync([this] { m_store.close(); });
-    }
-
-    /// As at one start of the program.
-    void start(SessionStoring &store)
-    {
-        WorkerPool workers;
-        TranscriptIndexer indexer(home(), m_defaults, m_mainQueue, workers, m_log);
-        indexer.onProgress = [this](Progress progress) { m_progress.append(progress); };
-        indexer.backfill(store);
-        workers.waitForDone();
-        m_mainQueue.drainAll();
-    }
-    void start() { start(m_store); }
-
-    [[nodiscard]] QSet<QString> indexed()
-    {
-        return m_store.queue().sync([this] { return m_store.indexedSessionIDs(); });
-    }
-    [[nodiscard]] QStringList found(const QString &text)
-    {
-        QStringList ids;
-        for (const auto &result : m_store.queue().sync([&] { return m_store.search(text, 1000); }))
-            ids.append(result.session->id());
-        return ids;
-    }
-    [[nodiscard]] QList<SessionSearchResult> recent()
-    {
-        return m_store.queue().sync([this] { return m_store.recentSessions(1000); });
-    }
-    void saveSession(const QString &id)
-    {
-        VantrySession::Init init;
-        init.id = id;
-        init.projectName = QStringLiteral("tracked");
-        init.lastUpdated = init.startedAt = m_clock.now();
-        const VantrySession session(std::move(init));
-        m_store.queue().sync([&] { m_store.save(session); });
-    }
-    [[nodiscard]] bool isRebuilt() const { return m_defaults.boolean(key, false); }
-    [[nodiscard]] bool isRebuilding() const { return m_defaults.boolean(rebuildingKey, false); }
-
-    ManualClock m_clock;
-    RecordingLog m_log;
-    ManualMainQueue m_mainQueue;
-    Defaults m_defaults { home() + QStringLiteral("/settings.json"), m_mainQueue, m_log };
-    SessionStore m_store { home() + QStringLiteral("/vantry.db"), m_clock, m_log };
     WatchedStore m_watched { m_store };
-    QList<Progress> m_progress;
 };
-
-const QString folderName = QStringLiteral("-home-u-app");
 
 TEST_F(TranscriptIndexerTest, addsTheSessionsOfAllProjects)
 {
@@ -201,7 +144,7 @@ TEST_F(TranscriptIndexerTest, clearsTheIndexOnceBeforeItIsFilled)
 
     start(m_watched);
 
-    EXPECT_THAT(m_watched.calls, ElementsAre("last", "clear", "ids", "insert"));
+    EXPECT_THAT(m_watched.calls, ElementsAre("last", "clear", "ids", "taken", "insert"));
     EXPECT_THAT(indexed(), UnorderedElementsAre(QStringLiteral("a")));
     EXPECT_TRUE(isRebuilt());
     EXPECT_FALSE(isRebuilding());
@@ -413,9 +356,9 @@ TEST_F(TranscriptIndexerTest, isCompleteAtTheNextStartWhereverItWasInterrupted)
     for (int interruption = 1; interruption <= calls; ++interruption) {
         SCOPED_TRACE(interruption);
         // What an earlier form of the index has left.
-        m_defaults.remove(key);
+        m_defaults.remove(rebuiltKey);
         start();
-        m_defaults.remove(key);
+        m_defaults.remove(rebuiltKey);
 
         int call = 0;
         {
@@ -448,9 +391,9 @@ TEST_F(TranscriptIndexerTest, endsWithThePoolAndLeavesTheRestToTheNextStart)
     constexpr int count = 300;
     for (int i = 0; i < count; ++i)
         put(folderName, QString::number(i), user("common word"));
-    for (int calls : { 1, 2, 3, 10 }) {
+    for (int calls : { 1, 2, 3, 10, count + 10 }) {
         SCOPED_TRACE(calls);
-        m_defaults.remove(key);
+        m_defaults.remove(rebuiltKey);
         std::latch reached(1);
         std::latch goesOn(1);
         int call = 0;
