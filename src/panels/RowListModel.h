@@ -1,0 +1,99 @@
+#pragma once
+
+#include "panels/ListSteps.h"
+
+#include <QAbstractListModel>
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QStringList>
+
+namespace vantry {
+
+/// A list of rows with keys for a view. It changes row by row and is never reset: what stays in its place is left
+/// alone, and of a row that changed only the roles that differ are told. Main thread only.
+class RowListModel : public QAbstractListModel
+{
+    Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    [[nodiscard]] int count() const { return rowCount(); }
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override { return m_roleNames; }
+
+Q_SIGNALS:
+    void countChanged();
+
+protected:
+    explicit RowListModel(QHash<int, QByteArray> roleNames, QObject *parent = nullptr);
+
+    /// Turns the rows into the given ones. A row has `QString id`, its key, which is unique in the list, and
+    /// `QVariant value(int role) const`.
+    template <typename Row>
+    void replaceRows(QList<Row> &rows, const QList<Row> &target);
+
+private:
+    template <typename Row>
+    static QStringList keysOf(const QList<Row> &rows);
+    template <typename Row>
+    void takeStep(const ListStep &step, QList<Row> &rows, const QList<Row> &target);
+
+    const QHash<int, QByteArray> m_roleNames;
+};
+
+template <typename Row>
+QStringList RowListModel::keysOf(const QList<Row> &rows)
+{
+    QStringList keys;
+    keys.reserve(rows.size());
+    for (const Row &row : rows)
+        keys.append(row.id);
+    return keys;
+}
+
+template <typename Row>
+void RowListModel::takeStep(const ListStep &step, QList<Row> &rows, const QList<Row> &target)
+{
+    const int from = static_cast<int>(step.from);
+    const int to = static_cast<int>(step.to);
+    switch (step.kind) {
+    case ListStep::Kind::Remove:
+        beginRemoveRows({}, from, from);
+        rows.removeAt(from);
+        endRemoveRows();
+        break;
+    case ListStep::Kind::Insert:
+        beginInsertRows({}, to, to);
+        rows.insert(to, target.at(step.item));
+        endInsertRows();
+        break;
+    case ListStep::Kind::Move:
+        // Qt wants the row before which it goes, counted before the move.
+        beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
+        rows.move(from, to);
+        endMoveRows();
+        break;
+    }
+}
+
+template <typename Row>
+void RowListModel::replaceRows(QList<Row> &rows, const QList<Row> &target)
+{
+    const qsizetype countBefore = rows.size();
+    for (const ListStep &step : listSteps(keysOf(rows), keysOf(target)))
+        takeStep(step, rows, target);
+    for (qsizetype i = 0; i < target.size(); ++i) {
+        const Row before = std::exchange(rows[i], target.at(i));
+        QList<int> roles;
+        for (auto role = m_roleNames.keyBegin(); role != m_roleNames.keyEnd(); ++role) {
+            if (before.value(*role) != rows.at(i).value(*role))
+                roles.append(*role);
+        }
+        if (!roles.isEmpty())
+            Q_EMIT dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)), roles);
+    }
+    if (rows.size() != countBefore)
+        Q_EMIT countChanged();
+}
+
+} // namespace vantry
