@@ -45,7 +45,7 @@ struct HistoricalSession
     std::optional<QString> lastTimestamp;
     QString transcriptPath;
     /// Tells the state of the transcript's file from others, if it is to be remembered as taken.
-    std::optional<QString> transcriptStamp;
+    std::optional<QString> transcriptStamp {};
 };
 
 /// What one go at a list of historical sessions has come to.
