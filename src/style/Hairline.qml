@@ -1,8 +1,10 @@
 import QtQuick
+import Vantry.Style
 
 /// A line of one pixel between two areas.
 Rectangle {
     implicitHeight: 1
-    color: "#E2E4E8"
+    implicitWidth: 1
+    color: Theme.line
     Accessible.ignored: true
 }

@@ -1,0 +1,23 @@
+#include "style/SymbolShape.h"
+
+#include "style/SymbolPainter.h"
+
+namespace vantry {
+
+void SymbolShape::setName(const QString &name)
+{
+    if (name == m_name)
+        return;
+    m_name = name;
+    if (!name.isEmpty() && !symbolPainter::isKnown(name))
+        qWarning("Symbol: there is no symbol \"%s\"", qUtf8Printable(name));
+    update();
+    Q_EMIT nameChanged();
+}
+
+void SymbolShape::paint(QPainter *painter)
+{
+    symbolPainter::paint(*painter, m_name, boundingRect(), color(), angle());
+}
+
+} // namespace vantry
