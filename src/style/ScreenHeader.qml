@@ -8,6 +8,8 @@ Item {
     property string title
     /// A few words beside the title.
     property string caption
+    /// Whether a dot behind the caption says that something waits out of view.
+    property bool marked: false
     property bool showBack: false
     default property alias trailing: trailingRow.data
 
@@ -44,6 +46,8 @@ Item {
         Accessible.role: Accessible.Heading
     }
     Label {
+        id: captionLabel
+
         anchors.left: titleLabel.right
         anchors.leftMargin: Tokens.sp8
         anchors.baseline: titleLabel.baseline
@@ -51,6 +55,17 @@ Item {
         text: root.caption
         textStyle: Tokens.meta
         color: Theme.text3
+    }
+    Rectangle {
+        anchors.left: captionLabel.right
+        anchors.leftMargin: Tokens.sp6
+        anchors.verticalCenter: captionLabel.verticalCenter
+        visible: root.marked
+        width: Tokens.stateDotSize
+        height: width
+        radius: width / 2
+        color: Theme.accentGlyph
+        Accessible.ignored: true
     }
     Row {
         id: trailingRow

@@ -30,7 +30,7 @@ class Appearance;
 #define VANTRY_TEXT_STYLES(use) \
     use(display) use(title) use(heading) use(row) use(rowMedium) use(control) use(body) use(bodyMedium) use(bodyStrong) \
     use(section) use(meta) \
-    use(capsule) use(code) use(diff) use(codeLabel) use(context)
+    use(capsule) use(code) use(codeStrong) use(diff) use(codeLabel) use(context)
 // clang-format on
 
 /// The design's sizes, text styles and durations, with the desktop's preferences applied: lengths in logical pixels at
@@ -110,6 +110,7 @@ class Tokens final : public QObject
     Q_PROPERTY(vantry::TextStyle meta READ meta NOTIFY fontsChanged)
     Q_PROPERTY(vantry::TextStyle capsule READ capsule NOTIFY fontsChanged)
     Q_PROPERTY(vantry::TextStyle code READ code NOTIFY fontsChanged)
+    Q_PROPERTY(vantry::TextStyle codeStrong READ codeStrong NOTIFY fontsChanged)
     Q_PROPERTY(vantry::TextStyle diff READ diff NOTIFY fontsChanged)
     Q_PROPERTY(vantry::TextStyle codeLabel READ codeLabel NOTIFY fontsChanged)
     Q_PROPERTY(vantry::TextStyle context READ context NOTIFY fontsChanged)
