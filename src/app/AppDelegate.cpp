@@ -10,10 +10,12 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace std::string_view_literals;
 
-AppDelegate::AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort)
+AppDelegate::AppDelegate(Paths paths, Ports ports, std::optional<std::uint16_t> hookPort)
     : m_paths(std::move(paths))
     , m_ports(ports)
-    , m_httpServer(ports.mainQueue, ports.scheduler, m_log.general(), ports.peers, hookPort)
+    , m_listens(hookPort.has_value())
+    , m_httpServer(ports.mainQueue, ports.scheduler, m_log.general(), ports.peers,
+                   hookPort.value_or(HTTPHookServer::defaultPort))
     , m_terminalBridge(terminalPorts(), m_defaults.string(u"python_path"_s, u"/usr/bin/python3"_s))
     , m_control({ ports.clock, m_httpServer, m_sessionManager, m_pendingPermissions, m_sessionActions, m_terminalBridge,
                   m_sessionChanges, ports.controlEndpoint },
@@ -40,7 +42,8 @@ void AppDelegate::applicationDidFinishLaunching()
     m_transcriptIndexer.backfill(m_store);
     connectHookIntake();
     connectHeldPermissions();
-    startHttpServer();
+    if (m_listens)
+        startHttpServer();
     startTranscriptReader();
     startTimers();
 }

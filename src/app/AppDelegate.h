@@ -58,7 +58,8 @@ public:
         std::function<std::optional<QString>()> agentHelp {};
     };
 
-    AppDelegate(Paths paths, Ports ports, std::uint16_t hookPort = HTTPHookServer::defaultPort);
+    /// Without a port nothing comes in from outside.
+    AppDelegate(Paths paths, Ports ports, std::optional<std::uint16_t> hookPort = HTTPHookServer::defaultPort);
 
     /// Takes the name by which other programs reach this one. Comes before the start-up: where another instance owns
     /// the name, nothing may have been touched.
@@ -85,6 +86,7 @@ private:
 
     const Paths m_paths;
     const Ports m_ports;
+    const bool m_listens;
     DebugLog m_log { m_paths.debugLog(), m_ports.clock };
     Defaults m_defaults { m_paths.configFile, m_ports.mainQueue, m_log.general() };
     SessionStore m_store { m_paths.database(), m_ports.clock, m_log.general() };
