@@ -22,7 +22,7 @@ class ChatTranscript;
 /// One session's conversation, and what can be done to the session. The transcript is the truth: it is read off the
 /// main thread as the view comes up, every 3 seconds while it is visible, and soon after an event; what is sent from
 /// here shows at once as pending. Shares the session; everything else given must outlive this. Main thread only.
-class ChatViewModel final : public QObject
+class ChatViewModel : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
