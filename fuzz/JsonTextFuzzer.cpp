@@ -1,5 +1,8 @@
 #include "base/AnyCodable.h"
+#include "base/JsonReader.h"
 #include "base/JsonText.h"
+
+#include <simdjson.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -44,6 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const bool isSound = !jsonDefect(text);
     const Verdict other = otherParsers(text);
     require(other == Verdict::Unknown || isSound == (other == Verdict::Sound));
+    require(isSound == (simdjson::validate_utf8(text) && isSoundJson(text)));
 
     if (const auto value = JsonText::parse(text)) {
         const std::string pretty = value->toPrettyText();

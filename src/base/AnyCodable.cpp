@@ -72,10 +72,7 @@ std::optional<AnyCodableMap> AnyCodableMap::fromText(std::string_view text)
 
 bool AnyCodableMap::isEmpty() const
 {
-    bool isEmpty = true;
-    JsonReader reader(sourceText().substr(0, sourceText().find('"') + 1));
-    reader.readObject([&](std::string_view) { isEmpty = false; });
-    return isEmpty;
+    return sourceText().find('"') == std::string_view::npos;
 }
 
 std::optional<AnyCodableValue> AnyCodableMap::value(std::string_view key) const

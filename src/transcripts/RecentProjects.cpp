@@ -119,9 +119,10 @@ std::optional<QString> firstOfLines(std::string_view text, Function &&read)
     TranscriptLineReader reader;
     while (!text.empty()) {
         const std::size_t feed = std::min(text.find('\n'), text.size());
-        if (const std::optional<TranscriptLine> line = reader.read(text.substr(0, feed))) {
+        const std::string_view source = text.substr(0, feed);
+        if (const std::optional<TranscriptLine> line = reader.read(source)) {
             std::optional<QString> result = read(*line);
-            if (result && reader.isSound())
+            if (result && simdjson::validate_utf8(source.data(), source.size()) && reader.isSound())
                 return result;
         }
         text.remove_prefix(std::min(feed + 1, text.size()));

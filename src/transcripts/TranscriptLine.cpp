@@ -2,19 +2,13 @@
 
 #include "base/JsonReader.h"
 #include "base/JsonScalars.h"
-#include "base/JsonWalk.h"
-#include "transcripts/TranscriptLines.h"
-
-#include <simdjson.h>
 
 #include <string>
 
 namespace vantry {
 namespace {
 
-/// A parser keeps memory for the longest line that it has read, several times its length; one that has grown beyond
-/// this is given up with the next ordinary line.
-constexpr std::size_t ordinaryLength = std::size_t { 2 } << 20;
+constexpr std::size_t longestShort = std::size_t { 4 } << 10;
 
 /// The length of the white space character at the front of the bytes (Unicode's, which an editor may have left), 0 when
 /// there is none.
@@ -201,39 +195,26 @@ TranscriptBlock takeBlock(JsonReader &reader)
 
 } // namespace
 
-struct TranscriptLineReader::State
-{
-    simdjson::ondemand::parser parser;
-    std::string_view text;
-};
-
-TranscriptLineReader::TranscriptLineReader()
-    : m_state(std::make_unique<State>())
-{}
-
-TranscriptLineReader::~TranscriptLineReader() = default;
-
 std::optional<TranscriptLine> TranscriptLineReader::read(std::string_view text)
 {
-    m_state->text = trimmed(text);
-    JsonReader reader(m_state->text);
+    // Checking short strings costs nothing; that of long ones is left until somebody asks.
+    const bool isShort = text.size() <= longestShort;
+    m_text = trimmed(text);
+    m_isChecked = false;
+    JsonReader reader(m_text, isShort ? JsonReader::Strings::Checked : JsonReader::Strings::Trusted);
     if (reader.next() != JsonReader::Kind::Object)
         return std::nullopt;
     TranscriptLine line;
     reader.readObject([&](std::string_view key) { takeMember(PlainKey(key), reader, line); });
+    if (!reader.isAtEnd())
+        return std::nullopt;
+    m_isChecked = isShort;
     return line;
 }
 
-bool TranscriptLineReader::isSound()
+bool TranscriptLineReader::isSound() const
 {
-    auto &[parser, text] = *m_state;
-    if (parser.capacity() > ordinaryLength && text.size() <= ordinaryLength)
-        parser = simdjson::ondemand::parser();
-    simdjson::ondemand::document document;
-    simdjson::ondemand::value root;
-    std::string_view source;
-    return !parser.iterate(text.data(), text.size(), text.size() + TranscriptLines::padding).get(document) &&
-           !document.get_value().get(root) && !checkedSource(root, 0).get(source) && !checkNothingFollows(source, text);
+    return m_isChecked || isSoundJson(m_text);
 }
 
 std::vector<TranscriptBlock> blocksOf(const TranscriptContent &content)

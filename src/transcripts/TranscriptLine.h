@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -43,19 +42,16 @@ struct TranscriptLine
 class TranscriptLineReader
 {
 public:
-    TranscriptLineReader();
-    ~TranscriptLineReader();
-
     /// Nothing when the line is no JSON object as far as it is looked at. Other values than those above are passed over
-    /// without a look: who takes anything from the line asks isSound() first. The text must have
-    /// TranscriptLines::padding bytes behind it, and stay as it is while the line is used.
+    /// without a look: who takes anything from the line asks isSound() first. The text, which is valid UTF-8, must stay
+    /// as it is while the line is used.
     [[nodiscard]] std::optional<TranscriptLine> read(std::string_view text);
     /// Whether the line that was read last is one sound JSON object: looks at all of it.
-    [[nodiscard]] bool isSound();
+    [[nodiscard]] bool isSound() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    std::string_view m_text;
+    bool m_isChecked { false }; ///< Known to be sound from having been read.
 };
 
 /// One block of a content of the kind `blocks`. Keys whose value has another type than told count as absent.

@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QUuid>
 
+#include <simdjson.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -218,7 +220,7 @@ bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &f
         const std::int64_t count = lineMessages.countAll();
         if (count == 0)
             continue;
-        last.push_back({ line->offset, progress.count, count });
+        last.push_back({ line->offset, line->text.size(), progress.count, count });
         progress.count += count;
         messages += count;
         for (; messages - last.front().messages >= limit; last.pop_front())
@@ -236,19 +238,17 @@ bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &f
 bool TranscriptMessageReader::make(const std::deque<Place> &places, Progress &progress,
                                    const TranscriptFile &file) const
 {
-    if (places.empty())
-        return true;
-    TranscriptLines lines(file, places.front().offset);
     TranscriptLineReader reader;
     for (const Place &place : places) {
-        auto line = lines.next();
-        while (line && line->offset < place.offset)
-            line = lines.next();
-        const auto content = line && line->offset == place.offset ? reader.read(line->text) : std::nullopt;
+        const auto bytes = file.read(place.offset, place.length);
+        if (!bytes || bytes->size() != place.length || !simdjson::validate_utf8(*bytes))
+            return false;
+        const TranscriptLines::Line line { place.offset, *bytes, true };
+        const auto content = reader.read(line.text);
         // Another one than before: somebody is rewriting the file.
         if (!content || !LineMessages::areIn(*content) || !reader.isSound())
             return false;
-        std::ranges::move(LineMessages(*content, *line, place.before).make(), std::back_inserter(progress.messages));
+        std::ranges::move(LineMessages(*content, line, place.before).make(), std::back_inserter(progress.messages));
     }
     while (progress.messages.size() > m_limit)
         progress.messages.pop_front();

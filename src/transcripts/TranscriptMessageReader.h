@@ -40,6 +40,7 @@ private:
     struct Place
     {
         std::uint64_t offset;
+        std::size_t length;    ///< In bytes, without the line feed.
         std::int64_t before;   ///< Messages before the line.
         std::int64_t messages; ///< That it gives.
     };

@@ -101,8 +101,10 @@ private:
         for (unsigned left = below(6); left > 0; --left)
             text += pick({ "a", " ", "\\n", "\\\"", "\xC3\xA9", "\\ud83d", "\\ude42", "\\u00a0", "<system-reminder>",
                            "</system-reminder>", "<command-name>", "</command-name>", "<local-command-stdout>", "/" });
-        if (below(300) == 0)
-            text += QByteArray(static_cast<qsizetype>(below(400'000)), 'x');
+        if (below(100) == 0) {
+            text += pick({ "x", "\\n", "\\\\", "\\\"", "\\\\\\\"", "\\u001b", "\xC3\xA9" }).repeated(below(20'000));
+            text += pick({ "", "", "", "\\q", "\x01", "\\u00g0" });
+        }
         return "\"" + text + "\"";
     }
 
