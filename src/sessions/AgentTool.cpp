@@ -41,4 +41,19 @@ QString displayName(AgentTool tool)
     return {};
 }
 
+QString symbol(AgentTool tool)
+{
+    switch (tool) {
+    case AgentTool::claudeCode:
+        return QStringLiteral("terminal");
+    case AgentTool::codex:
+        return QStringLiteral("sparkles");
+    case AgentTool::aider:
+        return QStringLiteral("text.bubble");
+    case AgentTool::unknown:
+        return QStringLiteral("questionmark");
+    }
+    return {};
+}
+
 } // namespace vantry

@@ -19,5 +19,7 @@ inline constexpr std::array allAgentTools { AgentTool::claudeCode, AgentTool::co
 [[nodiscard]] std::optional<AgentTool> agentToolFromRawValue(QStringView raw);
 /// "Claude Code", "Codex", "Aider", "Unknown".
 [[nodiscard]] QString displayName(AgentTool tool);
+/// The symbol's name, as the style's symbols know it.
+[[nodiscard]] QString symbol(AgentTool tool);
 
 } // namespace vantry

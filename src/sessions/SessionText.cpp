@@ -107,6 +107,18 @@ QString cutToRow(const QString &line)
     return start % u'…';
 }
 
+constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
+constexpr std::uint64_t minute = 60; ///< Seconds.
+constexpr std::uint64_t hour = 60 * minute;
+constexpr std::uint64_t day = 24 * hour;
+
+/// Unsigned, since two dates can be farther apart than a signed count of nanoseconds reaches.
+std::uint64_t nanosecondsBetween(Date earlier, Date later)
+{
+    return static_cast<std::uint64_t>(later.time_since_epoch().count()) -
+           static_cast<std::uint64_t>(earlier.time_since_epoch().count());
+}
+
 } // namespace
 
 std::optional<QString> firstMeaningfulLine(QStringView text)
@@ -133,17 +145,27 @@ QString timeAgoText(Date date, Date now)
 {
     if (date > now)
         return QStringLiteral("just now");
-    // Unsigned, since two dates can be farther apart than a signed count of nanoseconds reaches.
-    const std::uint64_t nanoseconds = static_cast<std::uint64_t>(now.time_since_epoch().count()) -
-                                      static_cast<std::uint64_t>(date.time_since_epoch().count());
-    const std::uint64_t seconds = nanoseconds / 1'000'000'000;
-    if (seconds < 60)
+    const std::uint64_t seconds = nanosecondsBetween(date, now) / nanosecondsPerSecond;
+    if (seconds < minute)
         return QStringLiteral("just now");
-    if (seconds < 3600)
-        return QString::number(seconds / 60) % u"m ago";
-    if (seconds < 86400)
-        return QString::number(seconds / 3600) % u"h ago";
-    return QString::number(seconds / 86400) % u"d ago";
+    if (seconds < hour)
+        return QString::number(seconds / minute) % u"m ago";
+    if (seconds < day)
+        return QString::number(seconds / hour) % u"h ago";
+    return QString::number(seconds / day) % u"d ago";
+}
+
+std::chrono::nanoseconds timeAgoTextLasts(Date date, Date now)
+{
+    std::uint64_t unit = minute;
+    std::uint64_t elapsed = 0;
+    if (date <= now) {
+        elapsed = nanosecondsBetween(date, now);
+        const std::uint64_t seconds = elapsed / nanosecondsPerSecond;
+        unit = seconds < hour ? minute : seconds < day ? hour : day;
+    }
+    unit *= nanosecondsPerSecond;
+    return std::chrono::nanoseconds(static_cast<std::int64_t>(unit - elapsed % unit));
 }
 
 } // namespace vantry

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <optional>
 
 namespace vantry {
@@ -17,5 +18,7 @@ namespace vantry {
 [[nodiscard]] QString abbreviatePaths(const QString &text);
 /// "just now", "5m ago", "2h ago", "3d ago", all cut to whole numbers. A date in the future is "just now".
 [[nodiscard]] QString timeAgoText(Date date, Date now);
+/// How long that text stays right, if nobody sets the clock. Of a date in the future, a part of that time.
+[[nodiscard]] std::chrono::nanoseconds timeAgoTextLasts(Date date, Date now);
 
 } // namespace vantry

@@ -20,6 +20,14 @@ TEST(AgentTool, hasNamesForPeople)
     EXPECT_EQ(displayName(AgentTool::unknown), QStringLiteral("Unknown"));
 }
 
+TEST(AgentTool, hasSymbols)
+{
+    EXPECT_EQ(symbol(AgentTool::claudeCode), QStringLiteral("terminal"));
+    EXPECT_EQ(symbol(AgentTool::codex), QStringLiteral("sparkles"));
+    EXPECT_EQ(symbol(AgentTool::aider), QStringLiteral("text.bubble"));
+    EXPECT_EQ(symbol(AgentTool::unknown), QStringLiteral("questionmark"));
+}
+
 TEST(AgentTool, isListedInItsOrder)
 {
     EXPECT_THAT(allAgentTools,

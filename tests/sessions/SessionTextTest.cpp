@@ -290,6 +290,24 @@ TEST(TimeAgoText, holdsForDatesAsFarApartAsCanBe)
 {
     EXPECT_EQ(timeAgoText(Date::min(), Date::max()), QStringLiteral("213503d ago"));
     EXPECT_EQ(timeAgoText(Date::max(), Date::min()), QStringLiteral("just now"));
+    EXPECT_GT(timeAgoTextLasts(Date::min(), Date::max()).count(), 0);
+    EXPECT_GT(timeAgoTextLasts(Date::max(), Date::min()).count(), 0);
+}
+
+TEST(TimeAgoText, lastsUntilItBecomesAnother)
+{
+    const Date date = dateOf(1'800'000'000);
+    for (const double seconds : { 0.0, 0.25, 59.9, 60.0, 119.5, 3'599.0, 3'600.0, 7'199.5, 86'399.0, 86'400.0, 1e7 }) {
+        const Date now = date + std::chrono::duration_cast<std::chrono::nanoseconds>(Seconds(seconds));
+        const Date end = now + timeAgoTextLasts(date, now);
+        EXPECT_EQ(timeAgoText(date, end - std::chrono::nanoseconds { 1 }), timeAgoText(date, now)) << seconds;
+        EXPECT_NE(timeAgoText(date, end), timeAgoText(date, now)) << seconds;
+    }
+}
+
+TEST(TimeAgoText, ofADateInTheFutureLastsAtLeastAMinute)
+{
+    EXPECT_EQ(timeAgoTextLasts(dateOf(100'000), dateOf(0)), std::chrono::minutes { 1 });
 }
 
 } // namespace vantry::test
