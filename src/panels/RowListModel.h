@@ -8,6 +8,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <utility>
+
 namespace vantry {
 
 /// A list of rows with keys for a view. It changes row by row and is never reset: what stays in its place is left
