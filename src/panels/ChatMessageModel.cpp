@@ -50,9 +50,7 @@ int ChatMessageModel::rowCount(const QModelIndex &parent) const
 
 QVariant ChatMessageModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    return m_rows.at(index.row()).value(role);
+    return index.isValid() ? m_rows.at(index.row()).value(role) : QVariant();
 }
 
 bool ChatMessageModel::takeTranscript(const std::vector<TranscriptMessage> &messages)
