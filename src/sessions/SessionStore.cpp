@@ -35,6 +35,12 @@ struct Project
 constexpr std::int64_t prunedAtOnce = 32;
 constexpr std::chrono::milliseconds longestPruning { 2 };
 
+/// In pages. As much as SQLite itself would let the log grow before it copies it into the database.
+constexpr int longLog = 1000;
+/// While somebody writes all the time, a copy is never complete and the log can't begin anew. At this length nobody
+/// else gets the queue until it can.
+constexpr int longestLog = 8000;
+
 std::optional<Project> readProject(Statement &row)
 {
     if (row.step() != Step::Row)
@@ -60,7 +66,7 @@ bool SessionStore::isOpen() const
 
 void SessionStore::open()
 {
-    m_db.reset();
+    close();
     const bool writes = m_access == Access::ReadWrite;
     m_db = writes ? StoreConnection::openReadWrite(m_dbPath) : StoreConnection::openReadOnly(m_dbPath);
     if (!m_db)
@@ -79,7 +85,8 @@ void SessionStore::createSchema()
     m_db->execute("PRAGMA journal_mode = WAL");
     // A crash of the program loses nothing, and a commit doesn't wait for the disk.
     m_db->execute("PRAGMA synchronous = NORMAL");
-    m_db->whenLogIsLong([this] { checkpointSoon(); });
+    m_pagesCopied = 0;
+    m_db->whenCommitted([this](int pages) { logHasGrown(pages); });
     if (!m_db->execute(sql::createSessions))
         logFailure(QStringLiteral("failed to create sessions table"));
     if (!m_db->execute(sql::createSearch))
@@ -91,18 +98,28 @@ void SessionStore::createSchema()
 
 void SessionStore::close()
 {
+    m_checkpoints.reset();
     m_db.reset();
 }
 
-void SessionStore::checkpointSoon()
+void SessionStore::logHasGrown(int pages)
 {
-    if (std::exchange(m_checkpointQueued, true))
+    if (pages < m_pagesCopied)
+        m_pagesCopied = 0; // It has begun anew, all of it having been copied.
+    if (pages - m_pagesCopied < longLog)
         return;
-    m_queue.async([this] {
-        m_checkpointQueued = false;
-        if (m_db)
-            m_db->checkpoint();
-    });
+    m_pagesCopied = pages;
+    if (pages >= longestLog) {
+        m_queue.async([this] {
+            if (m_db)
+                m_db->checkpoint();
+        });
+        return;
+    }
+    // Not on the queue: on a busy disk it takes tens of milliseconds.
+    if (!m_checkpoints)
+        m_checkpoints.emplace("vantry.checkpoints");
+    m_checkpoints->async([path = m_dbPath] { StoreConnection::openExisting(path)->checkpoint(); });
 }
 
 void SessionStore::mergeSearchIndexSoon()

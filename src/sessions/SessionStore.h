@@ -145,7 +145,7 @@ private:
     struct SearchRow;
 
     void createSchema();
-    void checkpointSoon();
+    void logHasGrown(int pages);
     void mergeSearchIndexSoon();
     /// Deletes some of the sessions beyond the limit. False when it could not.
     [[nodiscard]] bool pruneSome(std::int64_t limit);
@@ -164,7 +164,8 @@ private:
     Log &m_log;
     const Access m_access;
     std::unique_ptr<StoreConnection> m_db;
-    bool m_checkpointQueued { false };
+    int m_pagesCopied { 0 };                  ///< Of the log, or about to be.
+    std::optional<SerialQueue> m_checkpoints; ///< Made with the first one, which waits for the disk.
     bool m_mergeQueued { false };
     SerialQueue m_queue { "com.vantry.sessionstore" }; ///< Last: its tasks use all of the above.
 };

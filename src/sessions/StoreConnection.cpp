@@ -14,9 +14,6 @@
 namespace vantry {
 namespace {
 
-/// As many pages as SQLite itself would let the log have before it copies them.
-constexpr int longLogPages = 1000;
-
 /// Makes the file, for the user alone, before SQLite would make it as the user's mask has it; the files that SQLite
 /// puts beside it get its mode. The file is not opened where it exists: closing it would give up the locks that this
 /// process has on it. What fails here shows when SQLite opens the file.
@@ -77,6 +74,12 @@ std::unique_ptr<StoreConnection> StoreConnection::openReadOnly(const QString &pa
         new StoreConnection(uri.constData(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
 }
 
+std::unique_ptr<StoreConnection> StoreConnection::openExisting(const QString &path)
+{
+    return std::unique_ptr<StoreConnection>(
+        new StoreConnection(QFile::encodeName(path).constData(), SQLITE_OPEN_READWRITE));
+}
+
 StoreConnection::~StoreConnection()
 {
     m_statements.clear();
@@ -118,12 +121,11 @@ bool StoreConnection::hasOwnSearchTable()
     return *m_hasOwnSearchTable;
 }
 
-void StoreConnection::whenLogIsLong(std::function<void()> function)
+void StoreConnection::whenCommitted(std::function<void(int)> function)
 {
-    m_whenLogIsLong = std::move(function);
+    m_whenCommitted = std::move(function);
     const auto committed = [](void *self, sqlite3 *, const char *, int pages) {
-        if (pages >= longLogPages)
-            static_cast<StoreConnection *>(self)->m_whenLogIsLong();
+        static_cast<StoreConnection *>(self)->m_whenCommitted(pages);
         return SQLITE_OK;
     };
     sqlite3_wal_hook(m_handle, committed, this);
@@ -131,7 +133,8 @@ void StoreConnection::whenLogIsLong(std::function<void()> function)
 
 void StoreConnection::checkpoint()
 {
-    sqlite3_wal_checkpoint_v2(m_handle, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    // The statement, unlike the function, reads the database first: a new connection doesn't know of the log before.
+    execute("PRAGMA wal_checkpoint(PASSIVE)");
 }
 
 void StoreConnection::leaveSearchIndexUnmerged()

@@ -24,6 +24,8 @@ public:
     [[nodiscard]] static std::unique_ptr<StoreConnection> openReadWrite(const QString &path);
     /// Creates and changes nothing. Null when there is no such file.
     [[nodiscard]] static std::unique_ptr<StoreConnection> openReadOnly(const QString &path);
+    /// Makes no file. As above, a connection that can't be opened fails later.
+    [[nodiscard]] static std::unique_ptr<StoreConnection> openExisting(const QString &path);
     ~StoreConnection();
     StoreConnection(const StoreConnection &) = delete;
     StoreConnection &operator=(const StoreConnection &) = delete;
@@ -43,9 +45,10 @@ public:
     /// index.
     [[nodiscard]] bool hasOwnSearchTable();
 
-    /// Copying the log into the database waits for the disk, so commits don't do it: the function is called on each
-    /// commit while the log is long, and checkpoint() is to be called soon after.
-    void whenLogIsLong(std::function<void()> function);
+    /// Copying the log into the database waits for the disk, so commits don't do it after this: the function is called
+    /// on each one, with the pages that the log has now.
+    void whenCommitted(std::function<void(int pages)> function);
+    /// Copies what others don't need in the log. They may go on writing meanwhile, on other connections.
     void checkpoint();
 
     /// The search index is kept in segments, which a search has to look through one by one. Merging them takes long,
@@ -62,7 +65,7 @@ private:
     sqlite3 *m_handle { nullptr };
     bool m_usable { false };
     std::optional<bool> m_hasOwnSearchTable;
-    std::function<void()> m_whenLogIsLong;
+    std::function<void(int)> m_whenCommitted;
     std::map<std::string_view, PreparedStatement> m_statements; ///< The texts are literals.
 };
 

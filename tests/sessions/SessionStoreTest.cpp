@@ -517,16 +517,55 @@ TEST_F(SessionStore, findsItsSessionsAfterAReopen)
     EXPECT_THAT(identifiers(loadAll()), ElementsAre(QStringLiteral("a")));
 }
 
+/// Changes some 25 pages of the database.
+void setLongMessage(VantrySession &session, int number)
+{
+    session.setLastMessage(QString(100'000, QChar(u'a' + number % 2)));
+}
+
 TEST_F(SessionStore, keepsTheWriteAheadLogShort)
 {
     open();
     const SessionPtr session = makeSession(QStringLiteral("a"));
-    session->setLastMessage(QString(100'000, u'm'));
 
-    for (int i = 0; i < 400; ++i)
+    for (int i = 0; i < 800; ++i) {
+        setLongMessage(*session, i);
         save(*session);
+    }
 
-    EXPECT_LT(QFileInfo(m_path + QStringLiteral("-wal")).size(), 10'000'000);
+    EXPECT_LT(QFileInfo(m_path + QStringLiteral("-wal")).size(), 40'000'000);
+}
+
+TEST_F(SessionStore, copiesALongWriteAheadLogWhileOthersHaveTheQueue)
+{
+    open();
+    const SessionPtr session = makeSession(QStringLiteral("a"));
+    const qint64 before = QFileInfo(m_path).size();
+
+    // Less than what would be copied on the queue.
+    for (int i = 0; i < 80; ++i) {
+        setLongMessage(*session, i);
+        save(*session);
+    }
+    while (QFileInfo(m_path).size() == before)
+        std::this_thread::yield();
+
+    save(QStringLiteral("b"));
+    EXPECT_EQ(loadAll().size(), 2);
+}
+
+TEST_F(SessionStore, isOneFileAgainWhenItIsClosedWhileItsLogIsCopied)
+{
+    const SessionPtr session = makeSession(QStringLiteral("a"));
+    for (int round = 0; round < 10; ++round) {
+        open();
+        for (int i = 0; i < 42; ++i) {
+            setLongMessage(*session, i);
+            save(*session);
+        }
+        m_store.queue().sync([this] { m_store.close(); });
+        EXPECT_FALSE(QFileInfo::exists(m_path + QStringLiteral("-wal")));
+    }
 }
 
 TEST_F(SessionStore, readsBesideAStoreThatWrites)
