@@ -48,6 +48,7 @@ function(vantry_qml_library folder)
     qt_add_qml_module(${target}
         URI ${ARG_URI}
         VERSION 1.0
+        DEPENDENCIES QtQuick
         RESOURCE_PREFIX /qt/qml
         OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${module_folder}
         IMPORT_PATH ${CMAKE_BINARY_DIR}/qml

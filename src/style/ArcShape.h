@@ -5,7 +5,7 @@
 namespace vantry {
 
 /// A quarter of a ring over a faint whole one, for what takes a while.
-class ArcShape : public PaintedShape
+class ArcShape : public vantry::PaintedShape
 {
     Q_OBJECT
     QML_ELEMENT

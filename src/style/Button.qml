@@ -46,8 +46,8 @@ T.Button {
     Keys.onEnterPressed: guard.press()
 
     contentItem: Item {
-        implicitWidth: content.implicitWidth
-        implicitHeight: content.implicitHeight
+        implicitWidth: label.implicitWidth + label.iconWidth
+        implicitHeight: label.implicitHeight
 
         Row {
             id: content

@@ -19,7 +19,7 @@ Item {
         elevation: root.elevation
         radius: root.radius
         color: Theme.shadow
-        onDark: Theme.name !== "light"
+        isOnDark: Theme.name !== "light"
         Accessible.ignored: true
     }
     Rectangle {

@@ -12,6 +12,7 @@ Rectangle {
     property bool inside: false
     readonly property real distance: inside ? 0 : Tokens.focusRingOffset + Tokens.focusRingWidth
 
+    objectName: "focusRing"
     anchors.fill: parent
     anchors.margins: -distance
     radius: targetRadius + distance

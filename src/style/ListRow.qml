@@ -22,10 +22,10 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.ListItem
     Accessible.name: text
-    Accessible.onPressAction: click()
+    Accessible.onPressAction: clicked()
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Keys.onMenuPressed: menuRequested(Qt.point(width / 2, height / 2))
 
     Shortcut {

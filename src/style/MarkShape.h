@@ -5,7 +5,7 @@
 namespace vantry {
 
 /// The program's mark: a ring with a gap, and a bead in it.
-class MarkShape : public PaintedShape
+class MarkShape : public vantry::PaintedShape
 {
     Q_OBJECT
     QML_ELEMENT

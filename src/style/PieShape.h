@@ -5,7 +5,7 @@
 namespace vantry {
 
 /// A ring that is filled, from its top clockwise, by how much of something is used.
-class PieShape : public PaintedShape
+class PieShape : public vantry::PaintedShape
 {
     Q_OBJECT
     QML_ELEMENT

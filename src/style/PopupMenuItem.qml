@@ -17,7 +17,7 @@ T.MenuItem {
     opacity: enabled ? 1 : Tokens.disabledOpacity
     Accessible.role: Accessible.MenuItem
     Accessible.name: text
-    Accessible.onPressAction: click()
+    Accessible.onPressAction: triggered()
 
     contentItem: Item {
         implicitWidth: label.x + label.implicitWidth

@@ -11,7 +11,7 @@ MouseArea {
 
     function press() {
         if (usable)
-            button.click();
+            button.clicked();
     }
 
     anchors.fill: parent

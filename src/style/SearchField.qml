@@ -8,6 +8,11 @@ T.TextField {
 
     property string placeholder
 
+    function startAnew() {
+        clear();
+        forceActiveFocus();
+    }
+
     implicitHeight: Tokens.fieldHeight
     leftPadding: Tokens.sp8 + Tokens.iconRegular + Tokens.sp8
     rightPadding: Tokens.sp24 + Tokens.sp4
@@ -44,6 +49,7 @@ T.TextField {
         Accessible.ignored: true
     }
     IconButton {
+        objectName: "clear"
         anchors.right: parent.right
         anchors.rightMargin: Tokens.sp2
         anchors.verticalCenter: parent.verticalCenter
@@ -52,6 +58,6 @@ T.TextField {
         symbolSize: Tokens.iconSmall
         symbol: "xmark.circle.fill"
         text: qsTr("Clear")
-        onClicked: root.clear()
+        onClicked: root.startAnew()
     }
 }

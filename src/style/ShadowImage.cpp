@@ -47,7 +47,7 @@ std::vector<float> gaussianKernel(qreal deviation)
 
 } // namespace
 
-Elevation Elevation::named(const QString &name, bool onDark)
+Elevation Elevation::named(const QString &name, bool isOnDark)
 {
     const auto &elevations = designTokens::document().at("elevations");
     const auto found = elevations.find(name.toStdString());
@@ -55,7 +55,7 @@ Elevation Elevation::named(const QString &name, bool onDark)
         return {};
     return { .y = found->at("y").get<qreal>(),
              .blur = found->at("blur").get<qreal>(),
-             .opacity = found->at(onDark ? "opacityDark" : "opacityLight").get<qreal>() };
+             .opacity = found->at(isOnDark ? "opacityDark" : "opacityLight").get<qreal>() };
 }
 
 ShadowImage::ShadowImage(const Elevation &elevation, qreal radius, const QColor &color)

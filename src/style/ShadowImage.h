@@ -13,7 +13,7 @@ struct Elevation
     qreal opacity { 0 }; ///< Where it is strongest.
 
     /// "flat", "menu" or "panel"; an unknown one is flat.
-    [[nodiscard]] static Elevation named(const QString &name, bool onDark);
+    [[nodiscard]] static Elevation named(const QString &name, bool isOnDark);
 
     /// How far it reaches beyond what casts it, on the side where it reaches farthest.
     [[nodiscard]] qreal margin() const { return y + blur; }

@@ -91,17 +91,17 @@ void ShadowShape::setColor(const QColor &color)
     repaint();
 }
 
-void ShadowShape::setOnDark(bool onDark)
+void ShadowShape::setIsOnDark(bool isOnDark)
 {
-    if (onDark == m_onDark)
+    if (isOnDark == m_isOnDark)
         return;
-    m_onDark = onDark;
+    m_isOnDark = isOnDark;
     repaint();
 }
 
 qreal ShadowShape::margin() const
 {
-    return Elevation::named(m_elevation, m_onDark).margin();
+    return Elevation::named(m_elevation, m_isOnDark).margin();
 }
 
 void ShadowShape::repaint()
@@ -119,7 +119,7 @@ void ShadowShape::geometryChange(const QRectF &newGeometry, const QRectF &oldGeo
 
 QSGNode *ShadowShape::updatePaintNode(QSGNode *node, UpdatePaintNodeData * /*data*/)
 {
-    const auto elevation = Elevation::named(m_elevation, m_onDark);
+    const auto elevation = Elevation::named(m_elevation, m_isOnDark);
     if (elevation.opacity <= 0 || width() <= 0 || height() <= 0) {
         delete node;
         return nullptr;

@@ -18,7 +18,7 @@ class ShadowShape : public QQuickItem
     Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY changed)
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY changed)
     /// Whether it lies on dark ground, where a shadow is stronger.
-    Q_PROPERTY(bool onDark READ onDark WRITE setOnDark NOTIFY changed)
+    Q_PROPERTY(bool isOnDark READ isOnDark WRITE setIsOnDark NOTIFY changed)
     /// How far the shadow reaches beyond the item.
     Q_PROPERTY(qreal margin READ margin NOTIFY changed)
 
@@ -31,8 +31,8 @@ public:
     void setRadius(qreal radius);
     [[nodiscard]] QColor color() const { return m_color; }
     void setColor(const QColor &color);
-    [[nodiscard]] bool onDark() const { return m_onDark; }
-    void setOnDark(bool onDark);
+    [[nodiscard]] bool isOnDark() const { return m_isOnDark; }
+    void setIsOnDark(bool isOnDark);
     [[nodiscard]] qreal margin() const;
 
 Q_SIGNALS:
@@ -48,7 +48,7 @@ private:
     QString m_elevation { QStringLiteral("flat") };
     qreal m_radius { 0 };
     QColor m_color { Qt::black };
-    bool m_onDark { false };
+    bool m_isOnDark { false };
     bool m_isImageCurrent { false };
 };
 

@@ -118,6 +118,8 @@ bool isKnown(const QString &name)
 
 void paint(QPainter &painter, const QString &name, const QRectF &area, const QColor &color, qreal angle)
 {
+    if (name.isEmpty())
+        return;
     const auto path = fileOf(name);
     if (path.isEmpty()) {
         qWarning("Symbol: there is no symbol \"%s\"", qUtf8Printable(name));

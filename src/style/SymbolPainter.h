@@ -16,7 +16,7 @@ namespace symbolPainter {
 [[nodiscard]] bool isKnown(const QString &name);
 
 /// Paints the symbol as large as fits into a square in the middle of the area, turned clockwise by the angle in
-/// degrees. An unknown name paints nothing, with one warning.
+/// degrees. An empty name paints nothing; an unknown one neither, with a warning.
 void paint(QPainter &painter, const QString &name, const QRectF &area, const QColor &color, qreal angle = 0);
 
 /// Paints the mark: the ring and the bead in its gap.

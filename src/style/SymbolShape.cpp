@@ -9,8 +9,6 @@ void SymbolShape::setName(const QString &name)
     if (name == m_name)
         return;
     m_name = name;
-    if (!name.isEmpty() && !symbolPainter::isKnown(name))
-        qWarning("Symbol: there is no symbol \"%s\"", qUtf8Printable(name));
     update();
     Q_EMIT nameChanged();
 }

@@ -5,7 +5,7 @@
 namespace vantry {
 
 /// A symbol of the design by its name, as in "checkmark".
-class SymbolShape : public PaintedShape
+class SymbolShape : public vantry::PaintedShape
 {
     Q_OBJECT
     QML_ELEMENT

@@ -21,7 +21,7 @@ class Theme final : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Theme is attached to an item")
-    QML_ATTACHED(Theme)
+    QML_ATTACHED(vantry::Theme)
     Q_PROPERTY(QString name READ name NOTIFY changed)
     Q_PROPERTY(QColor bg READ bg NOTIFY changed)
     Q_PROPERTY(QColor page READ page NOTIFY changed)
