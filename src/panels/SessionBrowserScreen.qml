@@ -1,0 +1,104 @@
+import QtQuick
+import QtQuick.Templates as T
+import Vantry.Panels
+import Vantry.Style
+
+/// Finds a session among all that are remembered. The arrow keys choose a row while the caret stays in the field.
+FocusScope {
+    id: root
+
+    required property SessionBrowserModel model
+
+    signal back
+
+    Keys.onUpPressed: model.moveUp()
+    Keys.onDownPressed: model.moveDown()
+    Keys.onReturnPressed: model.openSelected()
+    Keys.onEnterPressed: model.openSelected()
+
+    Shortcut {
+        enabled: root.enabled
+        sequences: [StandardKey.Find]
+        onActivated: field.forceActiveFocus(Qt.ShortcutFocusReason)
+    }
+    Connections {
+        target: root.model
+
+        function onSelectionIndexChanged() {
+            if (root.model.selectionIndex === 0)
+                list.positionViewAtBeginning();
+            else if (root.model.selectionIndex > 0)
+                list.positionViewAtIndex(root.model.selectionIndex - 1, ListView.Contain);
+        }
+    }
+    ScreenHeader {
+        id: header
+
+        width: parent.width
+        title: qsTr("Sessions")
+        showBack: true
+        onBack: root.back()
+    }
+    SearchField {
+        id: field
+
+        anchors.top: header.bottom
+        anchors.topMargin: Tokens.sp8
+        x: Tokens.sp12
+        width: parent.width - 2 * x
+        focus: root.model.focusSearchOnAppear
+        placeholder: qsTr("Search sessions...")
+        text: root.model.searchText
+        onTextChanged: root.model.searchText = text
+        onAccepted: root.model.submit()
+    }
+    ListView {
+        id: list
+
+        anchors.top: field.bottom
+        anchors.topMargin: Tokens.sp8
+        anchors.bottom: parent.bottom
+        width: parent.width
+        clip: true
+        model: root.model
+        currentIndex: -1
+        reuseItems: true
+        keyNavigationEnabled: false
+        boundsBehavior: Flickable.StopAtBounds
+        bottomMargin: Tokens.sp8
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Sessions")
+        T.ScrollBar.vertical: ThinScrollBar {}
+
+        header: Item {
+            width: list.width
+            height: Tokens.newSessionRowHeight
+
+            NewSessionRow {
+                x: Tokens.sp8
+                width: parent.width - 2 * x
+                focusPolicy: Qt.NoFocus
+                highlighted: root.model.selectionIndex === 0
+                onClicked: root.model.open(0)
+            }
+        }
+        delegate: SearchResultRow {
+            width: list.width
+            isHighlighted: root.model.selectionIndex === index + 1
+            onOpened: root.model.open(index + 1)
+        }
+    }
+    EdgeFade {
+        anchors.bottom: list.bottom
+        x: Tokens.sp12
+        width: parent.width - 2 * x
+        visible: !list.atYEnd
+    }
+    EmptyState {
+        anchors.centerIn: list
+        width: parent.width
+        visible: root.model.hasNoMatch
+        symbol: "magnifyingglass"
+        title: qsTr("No matching sessions")
+    }
+}

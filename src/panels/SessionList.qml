@@ -1,0 +1,143 @@
+import QtQuick
+import QtQuick.Templates as T
+import Vantry.Panels
+import Vantry.Style
+
+/// The rows of the session list under the headers of their sections, of which the one in view sticks to the top edge.
+/// Up and Down go from row to row, Tab through the controls of each.
+ListView {
+    id: root
+
+    required property SessionListModel sessions
+    /// Whether what changes may be seen to move.
+    required property bool animated
+    /// The first section's header has left the view.
+    readonly property bool isScrolled: count > 0 && contentY > originY + headerItem.height
+    /// Of the row under the header that sticks to the top edge.
+    readonly property string topSection: isScrolled ? sectionAt(contentY + stickyHeader.height, [sessions.attentionCount, sessions.readyCount]) : ""
+
+    signal newSessionRequested
+    signal opened(string sessionID)
+    signal menuRequested(string sessionID, Item item, point position)
+    /// Tab goes out of the list.
+    signal tabbedOut(bool forward)
+
+    /// A header of a section counts as its first row. What the answer depends on besides is given, too.
+    function sectionAt(y: real, dependencies: var): string {
+        const row = itemAt(0, y) ?? itemAt(0, y + Tokens.sectionHeaderHeight);
+        return row ? row.ListView.section : currentSection;
+    }
+
+    /// Gives the focus to a row, or to the last control in it, and brings it out from under what lies over the edges.
+    function focusRow(index: int, last: bool) {
+        currentIndex = index;
+        positionViewAtIndex(index, ListView.Contain);
+        const highest = currentItem.y - stickyHeader.height;
+        const lowest = currentItem.y + currentItem.height + fade.height - height;
+        const end = originY + contentHeight - height;
+        contentY = Math.max(originY, Math.min(highest, Math.max(contentY, Math.min(lowest, end))));
+        if (last)
+            currentItem.focusLast();
+        else
+            currentItem.focusRow();
+    }
+
+    function focusNewSession() {
+        positionViewAtBeginning();
+        headerItem.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    function focusLast() {
+        leaveRow(count, false);
+    }
+
+    /// Where Tab goes from a row; the one before the first is "New Session".
+    function leaveRow(index: int, forward: bool) {
+        const next = forward ? index + 1 : index - 1;
+        if (next >= count || next < -1)
+            tabbedOut(forward);
+        else if (next === -1)
+            focusNewSession();
+        else
+            focusRow(next, !forward);
+    }
+
+    clip: true
+    model: sessions
+    currentIndex: -1
+    reuseItems: true
+    keyNavigationEnabled: false
+    highlightFollowsCurrentItem: false
+    boundsBehavior: Flickable.StopAtBounds
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Sessions")
+    T.ScrollBar.vertical: ThinScrollBar {}
+
+    Keys.onUpPressed: currentIndex > 0 ? focusRow(currentIndex - 1, false) : focusNewSession()
+    Keys.onDownPressed: event => {
+        event.accepted = currentIndex + 1 < count;
+        if (event.accepted)
+            focusRow(currentIndex + 1, false);
+    }
+    // The next row takes the focus of one that has left.
+    onCurrentItemChanged: if (activeFocus && currentItem) currentItem.showFocus()
+
+    header: FocusScope {
+        width: root.width
+        height: Tokens.sp6 + Tokens.newSessionRowHeight
+
+        NewSessionRow {
+            x: Tokens.sp8
+            y: Tokens.sp6
+            width: parent.width - 2 * x
+            focus: true
+            onClicked: root.newSessionRequested()
+            Keys.onDownPressed: root.leaveRow(-1, true)
+            Keys.onTabPressed: root.leaveRow(-1, true)
+            Keys.onBacktabPressed: root.leaveRow(-1, false)
+        }
+    }
+    section.property: "section"
+    section.delegate: SessionSectionHeader {
+        width: root.width
+        sessions: root.sessions
+    }
+    delegate: SessionRow {
+        width: root.width
+        sessions: root.sessions
+        animated: root.animated
+        onOpened: root.opened(sessionID)
+        onMenuRequested: (item, position) => root.menuRequested(sessionID, item, position)
+        onTabbedOut: forward => root.leaveRow(index, forward)
+        onActiveFocusChanged: if (activeFocus) root.currentIndex = index
+    }
+
+    Rectangle {
+        id: stickyHeader
+
+        width: root.width
+        height: Tokens.sectionHeaderHeight + Tokens.sp2
+        visible: root.isScrolled
+        color: Theme.bg
+
+        Loader {
+            active: root.isScrolled
+            anchors.fill: parent
+            sourceComponent: SessionSectionHeader {
+                sessions: root.sessions
+                section: root.topSection
+            }
+        }
+        Hairline {
+            anchors.bottom: parent.bottom
+            width: parent.width
+        }
+    }
+    EdgeFade {
+        id: fade
+
+        anchors.bottom: parent.bottom
+        width: root.width
+        visible: !root.atYEnd
+    }
+}

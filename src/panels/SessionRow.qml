@@ -1,0 +1,209 @@
+import QtQuick
+import Vantry.Panels
+import Vantry.Style
+
+/// A session in the list: its state, its name, what it says; a card with buttons while it waits for the user. Right and
+/// Left go between the row and its buttons.
+FocusScope {
+    id: root
+
+    required property int index
+    required property string sessionID
+    required property string name
+    required property string branch
+    required property string linesAddedText
+    required property string linesRemovedText
+    required property int contextUsed
+    required property int icon
+    required property bool isAttention
+    required property bool showsPermission
+    required property bool showsQuestion
+    required property string toolName
+    required property string toolDetail
+    required property string statusLine
+    required property string elapsedText
+    required property var options
+    required property bool canAnswer
+    required property string answerRefusal
+    required property bool hasAlwaysAllow
+    required property bool allowPressed
+    required property string accessibleText
+
+    required property SessionListModel sessions
+    /// Whether what runs may be seen to move.
+    required property bool animated
+
+    readonly property real topPadding: isAttention ? Tokens.sp6 : Tokens.sp4
+    readonly property real bottomPadding: hasButtons ? 7 : isAttention ? Tokens.sp8 : Tokens.sp6
+    readonly property bool hasButtons: showsPermission || showsQuestion
+    readonly property Item lastControl: hasButtons ? buttons.item.last : more
+
+    /// The row itself was pressed, or "View".
+    signal opened
+    /// The position is in the item.
+    signal menuRequested(Item item, point position)
+    /// Tab goes out of the row.
+    signal tabbedOut(bool forward)
+
+    function focusRow() {
+        card.forceActiveFocus(Qt.TabFocusReason);
+        showFocus();
+    }
+
+    /// Who comes by keyboard sees the ring; the list gives its focus on without that reason.
+    function showFocus() {
+        if (card.activeFocus && card.focusReason === Qt.OtherFocusReason)
+            card.focusReason = Qt.TabFocusReason;
+    }
+
+    function focusLast() {
+        lastControl.forceActiveFocus(Qt.BacktabFocusReason);
+    }
+
+    /// To the next control of the row, or the one before.
+    function step(forward: bool) {
+        if (!(forward ? lastControl : card).activeFocus)
+            Window.activeFocusItem.nextItemInFocusChain(forward).forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    /// A key with Alt. Whether it answers what the row asks.
+    function takeKey(key: int): bool {
+        const option = key - Qt.Key_1;
+        if (showsPermission && key === Qt.Key_A)
+            sessions.allow(sessionID);
+        else if (showsPermission && key === Qt.Key_D)
+            sessions.deny(sessionID);
+        else if (canAnswer && option >= 0 && option < Math.min(9, options.length))
+            sessions.answer(sessionID, option);
+        else
+            return false;
+        return true;
+    }
+
+    implicitHeight: card.height + (isAttention ? Tokens.sp4 : 0)
+    onHasButtonsChanged: if (buttons.activeFocus) focusRow()
+
+    Keys.onPressed: event => event.accepted = event.modifiers === Qt.AltModifier && takeKey(event.key)
+    Keys.onRightPressed: step(!LayoutMirroring.enabled)
+    Keys.onLeftPressed: step(LayoutMirroring.enabled)
+    Keys.onEscapePressed: event => {
+        event.accepted = !card.activeFocus;
+        if (event.accepted)
+            focusRow();
+    }
+
+    // Opaque, so that what was drawn here before is surely drawn over.
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.bg
+    }
+    HoverHandler {
+        id: pointer
+    }
+    ListRow {
+        id: card
+
+        x: Tokens.sp8
+        width: parent.width - 2 * x
+        height: root.topPadding + title.implicitHeight + detail.implicitHeight + (root.hasButtons ? Tokens.sp6 + buttons.implicitHeight : 0) + root.bottomPadding
+        focus: true
+        attention: root.isAttention
+        Accessible.name: root.accessibleText
+        onClicked: root.opened()
+        onMenuRequested: position => root.menuRequested(card, position)
+        Keys.onBacktabPressed: root.tabbedOut(false)
+
+        SessionStateIcon {
+            anchors.left: parent.left
+            anchors.leftMargin: Tokens.sp8
+            anchors.verticalCenter: title.verticalCenter
+            kind: root.icon
+            animated: root.animated
+        }
+        SessionTitleLine {
+            id: title
+
+            anchors.left: parent.left
+            anchors.leftMargin: Tokens.sp32
+            anchors.right: more.visible ? more.left : pie.left
+            anchors.rightMargin: more.visible ? 0 : Tokens.sp8
+            anchors.top: parent.top
+            anchors.topMargin: root.topPadding
+            name: root.name
+            branch: root.branch
+            added: root.linesAddedText
+            removed: root.linesRemovedText
+        }
+        IconButton {
+            id: more
+
+            anchors.right: pie.left
+            anchors.rightMargin: Tokens.sp2
+            anchors.verticalCenter: title.verticalCenter
+            visible: pointer.hovered || root.activeFocus
+            size: Tokens.hitMin
+            symbol: "three-dots"
+            text: qsTr("More")
+            onClicked: root.menuRequested(more, Qt.point(0, height))
+            Keys.onTabPressed: event => {
+                event.accepted = !root.hasButtons;
+                if (event.accepted)
+                    root.tabbedOut(true);
+            }
+        }
+        ContextPie {
+            id: pie
+
+            anchors.right: parent.right
+            anchors.rightMargin: Tokens.sp8
+            anchors.verticalCenter: title.verticalCenter
+            opacity: root.contextUsed < 0 ? 0 : 1
+            used: Math.max(0, root.contextUsed)
+        }
+        SessionDetailLine {
+            id: detail
+
+            anchors.left: title.left
+            anchors.right: parent.right
+            anchors.rightMargin: Tokens.sp8
+            anchors.top: title.bottom
+            tool: root.showsPermission ? root.toolName : ""
+            text: root.showsPermission ? root.toolDetail : root.showsQuestion ? qsTr("Waiting for your answer") : root.statusLine
+            textColor: root.showsPermission ? Theme.text2 : root.showsQuestion ? Theme.accentText : Theme.text3
+            elapsedText: root.elapsedText
+        }
+        Loader {
+            id: buttons
+
+            anchors.left: title.left
+            anchors.right: detail.right
+            anchors.top: detail.bottom
+            anchors.topMargin: Tokens.sp6
+            active: root.hasButtons
+            sourceComponent: root.showsPermission ? permissionButtons : questionButtons
+        }
+    }
+    Component {
+        id: permissionButtons
+
+        PermissionButtons {
+            hasAlwaysAllow: root.hasAlwaysAllow
+            allowPressed: root.allowPressed
+            onAllowed: root.sessions.allow(root.sessionID)
+            onDenied: root.sessions.deny(root.sessionID)
+            onAlwaysAllowed: root.sessions.alwaysAllow(root.sessionID)
+            onTabbedOut: root.tabbedOut(true)
+        }
+    }
+    Component {
+        id: questionButtons
+
+        QuestionButtons {
+            options: root.canAnswer ? root.options : []
+            refusal: root.answerRefusal
+            onAnswered: option => root.sessions.answer(root.sessionID, option)
+            onViewed: root.opened()
+            onTabbedOut: root.tabbedOut(true)
+        }
+    }
+}
