@@ -16,6 +16,8 @@ Text {
     color: Theme.text
     textFormat: Text.PlainText
     elide: Text.ElideRight
+    // Said, so that it is mirrored.
+    horizontalAlignment: Text.AlignLeft
     maximumLineCount: wrapMode === Text.NoWrap ? 1 : 0x7fffffff
     Accessible.role: Accessible.StaticText
     Accessible.name: text

@@ -35,7 +35,8 @@ Item {
     Label {
         id: titleLabel
 
-        readonly property real room: trailingRow.x - x - Tokens.sp8
+        readonly property real start: root.showBack ? backButton.width + Tokens.sp4 + Tokens.sp6 : Tokens.sp16
+        readonly property real room: root.width - start - trailingRow.width - 2 * Tokens.sp8
 
         anchors.left: root.showBack ? backButton.right : parent.left
         anchors.leftMargin: root.showBack ? Tokens.sp6 : Tokens.sp16
