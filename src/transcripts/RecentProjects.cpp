@@ -5,7 +5,6 @@
 #include "transcripts/ProjectFolder.h"
 #include "transcripts/TranscriptFile.h"
 #include "transcripts/TranscriptLine.h"
-#include "transcripts/TranscriptLines.h"
 
 #include <QFile>
 
@@ -110,12 +109,10 @@ std::vector<Folder> readFolders(const std::string &root)
     return folders;
 }
 
-/// What `read` gives for the first line of a transcript's beginning for which it gives something. The text ends in
-/// TranscriptLines::padding bytes that don't belong to it.
+/// What `read` gives for the first line of a transcript's beginning for which it gives something.
 template <typename Function>
 std::optional<QString> firstOfLines(std::string_view text, Function &&read)
 {
-    text.remove_suffix(TranscriptLines::padding);
     TranscriptLineReader reader;
     while (!text.empty()) {
         const std::size_t feed = std::min(text.find('\n'), text.size());
@@ -130,14 +127,11 @@ std::optional<QString> firstOfLines(std::string_view text, Function &&read)
     return std::nullopt;
 }
 
-/// So many bytes of a transcript at most, with TranscriptLines::padding more behind them.
+/// So many bytes of a transcript at most.
 std::optional<std::string> beginning(const std::string &path, std::size_t length)
 {
     const auto file = TranscriptFile::open(QFile::decodeName(path.c_str()));
-    std::optional<std::string> text = file ? file->read(0, length) : std::nullopt;
-    if (text)
-        text->append(TranscriptLines::padding, '\0');
-    return text;
+    return file ? file->read(0, length) : std::nullopt;
 }
 
 std::optional<QString> decoded(std::optional<std::string_view> insideOfString)

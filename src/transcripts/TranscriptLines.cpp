@@ -12,8 +12,6 @@
 namespace vantry {
 namespace {
 
-static_assert(TranscriptLines::padding >= simdjson::SIMDJSON_PADDING);
-
 /// How much is read at once: small enough for the processor's cache, so that a line is still there when it is parsed.
 constexpr std::size_t blockSize = std::size_t { 128 } << 10;
 /// Room for ordinary long lines. What isn't written to costs no memory.
@@ -119,7 +117,7 @@ void TranscriptLines::reserve(std::size_t capacity)
     m_capacity = 0;
     m_bufferOffset += m_begin;
     m_begin = m_scanned = m_filled = 0;
-    m_buffer = Pages(capacity + padding);
+    m_buffer = Pages(capacity);
     m_capacity = capacity;
 }
 

@@ -13,8 +13,6 @@ namespace vantry {
 class TranscriptLines
 {
 public:
-    /// How many bytes behind a line's text may be read, too, as simdjson does. What they hold has no meaning.
-    static constexpr std::size_t padding = 64;
     /// In bytes. A longer line is passed over: no agent's turn fills one, and it would have to be held whole.
     static constexpr std::size_t maximumLineLength = std::size_t { 16 } << 20;
 

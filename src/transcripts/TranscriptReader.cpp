@@ -5,7 +5,6 @@
 #include "base/Text.h"
 #include "sessions/SessionManager.h"
 #include "transcripts/TranscriptFile.h"
-#include "transcripts/TranscriptLines.h"
 #include "transcripts/TranscriptMessage.h"
 
 #include <QList>
@@ -131,8 +130,7 @@ std::optional<bool> isInterruptedBy(TailLine &line)
 
 enum class Asked { Context, ContextAndTurn };
 
-/// Goes through the text's lines from the last to the first until they have decided what is asked. Behind the text
-/// stand TranscriptLines::padding bytes.
+/// Goes through the text's lines from the last to the first until they have decided what is asked.
 Findings look(std::string_view text, TranscriptLineReader &reader, Asked asked)
 {
     Findings found;
@@ -155,10 +153,8 @@ Findings look(std::string_view text, TranscriptLineReader &reader, Asked asked)
 
 Findings look(std::string_view text)
 {
-    std::string padded(text);
-    padded.append(TranscriptLines::padding, '\0');
     TranscriptLineReader reader;
-    return look(std::string_view(padded).substr(0, text.size()), reader, Asked::ContextAndTurn);
+    return look(text, reader, Asked::ContextAndTurn);
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "transcripts/TranscriptTail.h"
 
-#include "transcripts/TranscriptLines.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -11,11 +9,9 @@ namespace vantry {
 
 std::optional<std::string_view> TranscriptTail::read(const TranscriptFile &file)
 {
-    if (!m_buffer) {
-        // Left unset: memory that nobody touches costs nothing.
-        m_buffer = std::make_unique_for_overwrite<char[]>(longestTranscriptTail + TranscriptLines::padding);
-        std::memset(m_buffer.get() + longestTranscriptTail, 0, TranscriptLines::padding);
-    }
+    // Left unset: memory that nobody touches costs nothing.
+    if (!m_buffer)
+        m_buffer = std::make_unique_for_overwrite<char[]>(longestTranscriptTail);
     m_file = &file;
     m_size = file.size();
     m_loaded = 0;

@@ -23,8 +23,7 @@ public:
     /// line, and begins with a line behind the cut that many bytes before it; this again and again, up to
     /// longestTranscriptTail in all. A line that begins still farther back is not stepped over.
     ///
-    /// Nothing when reading fails. Valid until the next call, with TranscriptLines::padding bytes behind that may be
-    /// read.
+    /// Nothing when reading fails. Valid until the next call.
     [[nodiscard]] std::optional<std::string_view> read(const TranscriptFile &file);
 
 private:

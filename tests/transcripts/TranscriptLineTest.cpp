@@ -1,7 +1,5 @@
 #include "transcripts/TranscriptLine.h"
 
-#include "transcripts/TranscriptLines.h"
-
 #include <gmock/gmock.h>
 
 #include <string>
@@ -18,16 +16,14 @@ class Read
 {
 public:
     explicit Read(std::string text)
-        : m_size(text.size())
-        , m_text(std::move(text.append(TranscriptLines::padding, '\0')))
-        , m_line(m_reader.read(std::string_view(m_text).substr(0, m_size)))
+        : m_text(std::move(text))
+        , m_line(m_reader.read(m_text))
     {}
 
     const std::optional<TranscriptLine> &line() const { return m_line; }
     bool isSound() { return m_line && m_reader.isSound(); }
 
 private:
-    std::size_t m_size;
     std::string m_text;
     TranscriptLineReader m_reader;
     std::optional<TranscriptLine> m_line;
