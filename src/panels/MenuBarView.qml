@@ -111,4 +111,15 @@ FocusScope {
             onBack: root.model.back()
         }
     }
+    Slot {
+        id: chatSlot
+
+        screen: MenuBarViewModel.Chat
+        offered: root.model.chat
+
+        ChatScreen {
+            focus: true
+            model: chatSlot.model as ChatViewModel
+        }
+    }
 }

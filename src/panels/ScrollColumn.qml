@@ -10,6 +10,8 @@ Flickable {
     property real margins: Tokens.sp12
     property real marginAbove: margins
     property alias spacing: column.spacing
+    /// What lies under it.
+    property alias ground: fade.ground
     default property alias blocks: column.data
     readonly property Item focusItem: Window.activeFocusItem
 
@@ -42,6 +44,8 @@ Flickable {
         spacing: Tokens.sp12
     }
     EdgeFade {
+        id: fade
+
         parent: root
         anchors.bottom: parent.bottom
         x: root.margins
