@@ -48,6 +48,8 @@ FocusScope {
             Accessible.name: root.placeholder
 
             Keys.onPressed: event => event.accepted = sendKey.take(event)
+            Keys.onTabPressed: area.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: area.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
         }
         T.ScrollBar.vertical: ThinScrollBar {}
     }
