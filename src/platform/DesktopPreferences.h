@@ -16,9 +16,9 @@ public:
         bool prefersDark { false };
         bool highContrast { false };
         bool reducedMotion { false };
-        double textScale { 1.0 }; ///< From 0.5 to 3.
-        QString fontFamily;       ///< Of the interface; empty: the toolkit's own.
-        QString fixedFontFamily;  ///< Of code; empty: the toolkit's own.
+        double textScale { 1.0 };   ///< From 0.5 to 3.
+        QString fontFamily {};      ///< Of the interface; empty: the toolkit's own.
+        QString fixedFontFamily {}; ///< Of code; empty: the toolkit's own.
 
         friend bool operator==(const Values &, const Values &) = default;
     };

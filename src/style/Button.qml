@@ -42,6 +42,7 @@ T.Button {
     Accessible.description: disabledReason
     Accessible.onPressAction: guard.press()
 
+    Keys.onSpacePressed: event => event.accepted = !root.usable
     Keys.onReturnPressed: guard.press()
     Keys.onEnterPressed: guard.press()
 

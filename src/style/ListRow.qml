@@ -2,15 +2,16 @@ import QtQuick
 import QtQuick.Templates as T
 import Vantry.Style
 
-/// A row of a list that can be opened. What it shows is its contentItem, or stands in it as children.
-T.AbstractButton {
+/// A row of a list that can be opened. What it shows is its contentItem, or stands in it as children. It is highlighted
+/// when the arrow keys have chosen it while the caret stays in a field.
+T.ItemDelegate {
     id: root
 
     /// It waits for the user: a tinted card.
     property bool attention: false
-    /// Chosen by the arrow keys while the caret stays in a field.
-    property bool highlighted: false
     property real radius: Tokens.radiusRow
+    /// One and a half pixels, as whole pixels of the screen.
+    readonly property real ringWidth: Math.round(1.5 * Screen.devicePixelRatio) / Screen.devicePixelRatio
 
     /// The row's menu was asked for, by the pointer or the keyboard; the position is in the row.
     signal menuRequested(point position)
@@ -20,7 +21,6 @@ T.AbstractButton {
     padding: Tokens.sp8
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.ListItem
     Accessible.name: text
     Accessible.onPressAction: clicked()
 
@@ -45,7 +45,7 @@ T.AbstractButton {
         restColor: root.highlighted ? Theme.selection : root.attention ? Theme.tint : Qt.alpha(Theme.hover, 0)
         hoverColor: root.highlighted ? Theme.selection : root.attention ? Theme.tintHover : Theme.hover
         pressedColor: root.attention ? Theme.tintHover : Theme.pressed
-        border.width: root.highlighted ? 1.5 : root.attention ? Tokens.borderWidth : 0
+        border.width: root.highlighted ? root.ringWidth : root.attention ? Tokens.borderWidth : 0
         border.color: root.highlighted ? Theme.focus : Theme.tintLine
     }
 

@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Templates as T
 
-/// Presses a button for the keyboard and assistive programs, and keeps the pointer and the space bar from a button that
-/// can't be used now but keeps its focus.
+/// Presses a button for the keyboard and assistive programs, and keeps the pointer from a button that can't be used now
+/// but keeps its focus.
 MouseArea {
     id: root
 
