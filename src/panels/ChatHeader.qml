@@ -43,9 +43,9 @@ FocusScope {
         Accessible.role: Accessible.ButtonMenu
         Accessible.name: text
         Accessible.description: qsTr("Session info")
-        Accessible.onPressAction: title.click()
-        Keys.onReturnPressed: title.click()
-        Keys.onEnterPressed: title.click()
+        Accessible.onPressAction: title.clicked()
+        Keys.onReturnPressed: title.clicked()
+        Keys.onEnterPressed: title.clicked()
         onClicked: root.model.showSessionInfo = !root.model.showSessionInfo
 
         contentItem: Item {

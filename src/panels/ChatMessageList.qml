@@ -11,6 +11,7 @@ FocusScope {
 
     /// Whether the newest message is kept in view.
     property bool follows: true
+    readonly property Item focusItem: Window.activeFocusItem
 
     function firstY(): real {
         return list.originY - list.topMargin;
@@ -39,6 +40,21 @@ FocusScope {
             showEnd();
     }
 
+    /// Whether an item stands in a message.
+    function holds(item: Item): bool {
+        return item !== null && (item === list.contentItem || holds(item.parent));
+    }
+
+    /// Scrolls to what the keyboard has come to. Texts get the focus by the pointer alone, and stay where they are.
+    function showFocus() {
+        if (!holds(focusItem) || !focusItem.activeFocusOnTab)
+            return;
+        const top = focusItem.mapToItem(list.contentItem, 0, 0).y - list.contentY - Tokens.sp12;
+        const bottom = top + focusItem.height + 2 * Tokens.sp12 - list.height;
+        scrollBy(Math.min(top, 0) + Math.max(bottom, 0));
+    }
+
+    onFocusItemChanged: showFocus()
     activeFocusOnTab: true
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Messages")
@@ -124,7 +140,7 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         anchors.margins: Tokens.focusRingOffset
-        visible: root.Window.activeFocusItem === root
+        visible: root.focusItem === root
         radius: Tokens.radiusControl
         color: "transparent"
         border.width: Tokens.focusRingWidth

@@ -19,9 +19,9 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.Button
     Accessible.name: text
-    Accessible.onPressAction: root.click()
-    Keys.onReturnPressed: root.click()
-    Keys.onEnterPressed: root.click()
+    Accessible.onPressAction: root.clicked()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
 
     contentItem: Item {
         Rectangle {

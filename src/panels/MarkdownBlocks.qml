@@ -38,6 +38,7 @@ Column {
                 MarkdownParagraph {
                     width: Math.min(implicitWidth, root.maximumWidth)
                     text: root.styleSheet + block.modelData.html
+                    links: block.modelData.links
                     color: root.textColor
                     onLinkActivated: link => root.linkActivated(link)
                 }

@@ -5,6 +5,9 @@ import Vantry.Style
 TextEdit {
     id: root
 
+    /// MarkdownLink values.
+    property var links: []
+
     readOnly: true
     selectByMouse: true
     activeFocusOnTab: false
@@ -17,5 +20,10 @@ TextEdit {
 
     HoverHandler {
         cursorShape: root.hoveredLink === "" ? Qt.IBeamCursor : Qt.PointingHandCursor
+    }
+    Repeater {
+        model: root.links
+
+        LinkSpot {}
     }
 }

@@ -39,6 +39,12 @@ QString escaped(QStringView text)
     return html;
 }
 
+/// How many characters a document has for the text: CR LF is one line end.
+qsizetype shownLength(QStringView text)
+{
+    return text.size() - text.count(u"\r\n");
+}
+
 QString htmlOf(const InlinePart &part)
 {
     const QString text = escaped(part.text);
@@ -69,9 +75,16 @@ MarkdownBlock blockOf(const Segment &segment)
         return block;
     }
     block.html = u"<p>"_s;
+    qsizetype position = 0;
     for (const InlinePart &part : splitInline(segment.text)) {
         block.html += htmlOf(part);
         block.plain += part.text;
+        const qsizetype length = shownLength(part.text);
+        if (part.kind == InlinePart::Kind::link)
+            block.links.append(
+                QVariant::fromValue(MarkdownLink { part.text, part.url.toString(QUrl::FullyEncoded),
+                                                   static_cast<int>(position), static_cast<int>(length) }));
+        position += length;
     }
     block.html += u"</p>"_s;
     return block;

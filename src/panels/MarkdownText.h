@@ -11,6 +11,25 @@
 
 namespace vantry {
 
+/// A link within a block's html.
+class MarkdownLink
+{
+    Q_GADGET
+    QML_ANONYMOUS
+    Q_PROPERTY(QString text MEMBER text CONSTANT)
+    Q_PROPERTY(QString url MEMBER url CONSTANT)
+    Q_PROPERTY(int position MEMBER position CONSTANT)
+    Q_PROPERTY(int length MEMBER length CONSTANT)
+
+public:
+    QString text; ///< As it is shown.
+    QString url;
+    int position = 0; ///< Where it begins in the document that the html makes.
+    int length = 0;
+
+    friend bool operator==(const MarkdownLink &, const MarkdownLink &) = default;
+};
+
 /// One segment of a message as a view shows it.
 class MarkdownBlock
 {
@@ -19,6 +38,7 @@ class MarkdownBlock
     Q_PROPERTY(bool isCode MEMBER isCode CONSTANT)
     Q_PROPERTY(QString html MEMBER html CONSTANT)
     Q_PROPERTY(QString plain MEMBER plain CONSTANT)
+    Q_PROPERTY(QVariantList links MEMBER links CONSTANT)
     Q_PROPERTY(QString lang MEMBER lang CONSTANT)
     Q_PROPERTY(QString code MEMBER code CONSTANT)
 
@@ -27,7 +47,8 @@ public:
     /// A text as rich text: all of it escaped, with no other tags than p, br, b, i, code, and a with an href. The view
     /// gives them their looks by a style sheet, which must keep white space (`white-space: pre-wrap`).
     QString html;
-    QString plain; ///< A text without its stars and backticks.
+    QString plain;      ///< A text without its stars and backticks.
+    QVariantList links; ///< A MarkdownLink for each link in it.
     QString lang;
     QString code;
 

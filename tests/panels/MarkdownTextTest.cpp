@@ -58,6 +58,14 @@ TEST(MarkdownText, escapesTheTargetOfALink)
     EXPECT_EQ(blockOf(u"http://x.org/ä"_s).html, u"<p><a href=\"http://x.org/%C3%A4\">http://x.org/ä</a></p>"_s);
 }
 
+TEST(MarkdownText, tellsWhereItsLinksStand)
+{
+    const QVariantList links = blockOf(u"**a**\r\nb.org &c d@e.org"_s).links;
+    ASSERT_EQ(links.size(), 2);
+    EXPECT_EQ(links.at(0).value<MarkdownLink>(), (MarkdownLink { u"b.org"_s, u"http://b.org"_s, 2, 5 }));
+    EXPECT_EQ(links.at(1).value<MarkdownLink>(), (MarkdownLink { u"d@e.org"_s, u"mailto:d@e.org"_s, 11, 7 }));
+}
+
 TEST(MarkdownText, breaksLinesByTags)
 {
     EXPECT_EQ(blockOf(u"a\nb\r\nc\rd\u2028e"_s).html, u"<p>a<br/>b<br/>c<br/>d<br/>e</p>"_s);
