@@ -69,8 +69,9 @@ TranscriptLines::Pages::~Pages()
         ::munmap(m_memory, m_size);
 }
 
-TranscriptLines::TranscriptLines(const TranscriptFile &file, std::uint64_t offset)
+TranscriptLines::TranscriptLines(const TranscriptFile &file, std::uint64_t offset, std::uint64_t end)
     : m_file(file)
+    , m_end(end)
     , m_bufferOffset(offset)
     , m_endOfTerminated(offset)
 {}
@@ -121,6 +122,12 @@ void TranscriptLines::reserve(std::size_t capacity)
     m_capacity = capacity;
 }
 
+std::optional<std::size_t> TranscriptLines::readBlock(std::uint64_t offset, std::size_t at, std::size_t length)
+{
+    const auto left = static_cast<std::size_t>(std::min<std::uint64_t>(length, m_end - std::min(m_end, offset)));
+    return m_file.read(offset, { m_buffer.get() + at, left });
+}
+
 bool TranscriptLines::fill()
 {
     const std::size_t kept = m_filled - m_begin;
@@ -136,7 +143,7 @@ bool TranscriptLines::fill()
         m_begin = 0;
     }
     const std::size_t wanted = kept + blockSize - m_filled;
-    const auto count = m_file.read(m_bufferOffset + m_filled, { m_buffer.get() + m_filled, wanted });
+    const auto count = readBlock(m_bufferOffset + m_filled, m_filled, wanted);
     m_hasFailed = !count;
     m_filled += count.value_or(0);
     return count.value_or(0) > 0;
@@ -149,7 +156,7 @@ void TranscriptLines::passOverLongLine()
     reserve(ordinaryCapacity);
     bool isSound = true;
     for (std::size_t kept = 0;;) {
-        const auto count = m_file.read(offset + kept, { m_buffer.get() + kept, blockSize });
+        const auto count = readBlock(offset + kept, kept, blockSize);
         if (!count) {
             m_hasFailed = true;
             return;

@@ -3,6 +3,7 @@
 #include "transcripts/TranscriptFile.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -25,8 +26,10 @@ public:
         bool isTerminated;
     };
 
-    /// `offset` is where a line begins. The file must outlive this.
-    explicit TranscriptLines(const TranscriptFile &file, std::uint64_t offset = 0);
+    /// `offset` is where a line begins. At `end`, which is where another one does, it stops as at the file's end. The
+    /// file must outlive this.
+    explicit TranscriptLines(const TranscriptFile &file, std::uint64_t offset = 0,
+                             std::uint64_t end = std::numeric_limits<std::uint64_t>::max());
 
     /// The next line, empty ones included; nothing at the end, and nothing any more once hasFailed().
     [[nodiscard]] std::optional<Line> next();
@@ -59,7 +62,11 @@ private:
     std::optional<Line> take(std::size_t length, bool isTerminated);
     void passOverLongLine();
 
+    /// Of the file, into the buffer; how much of a block was read, nothing when reading failed.
+    [[nodiscard]] std::optional<std::size_t> readBlock(std::uint64_t offset, std::size_t at, std::size_t length);
+
     const TranscriptFile &m_file;
+    const std::uint64_t m_end;
     Pages m_buffer;
     std::size_t m_capacity { 0 };
     std::uint64_t m_bufferOffset; ///< Of the buffer's first byte in the file.

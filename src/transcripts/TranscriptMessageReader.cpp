@@ -12,6 +12,8 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <future>
+#include <limits>
 #include <utility>
 
 namespace vantry {
@@ -169,9 +171,10 @@ private:
 
 } // namespace
 
-TranscriptMessageReader::TranscriptMessageReader(QString path, qsizetype limit)
+TranscriptMessageReader::TranscriptMessageReader(QString path, qsizetype limit, std::uint64_t share)
     : m_path(std::move(path))
     , m_limit(static_cast<std::size_t>(std::max<qsizetype>(limit, 0)))
+    , m_share(share)
 {}
 
 std::vector<TranscriptMessage> TranscriptMessageReader::read()
@@ -200,59 +203,116 @@ bool TranscriptMessageReader::goesOn(const Progress &progress, const TranscriptF
            file.read(progress.end - progress.back.size(), progress.back.size()) == progress.back;
 }
 
+void TranscriptMessageReader::Piece::add(const Place &place, std::int64_t limit)
+{
+    last.push_back(place);
+    messages += place.messages;
+    for (; messages - last.front().messages >= limit; last.pop_front())
+        messages -= last.front().messages;
+}
+
 bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &file) const
 {
-    progress.unfinished.clear();
-    std::deque<Place> last;
-    std::int64_t messages = 0; // In `last`.
-    const auto limit = static_cast<std::int64_t>(m_limit);
-    TranscriptLines lines(file, progress.end);
-    TranscriptLineReader reader;
-    while (const auto line = lines.next()) {
-        const auto content = reader.read(line->text);
-        if (!content || !LineMessages::areIn(*content) || !reader.isSound())
-            continue;
-        LineMessages lineMessages(*content, *line, progress.count);
-        if (!line->isTerminated) {
-            progress.unfinished = lineMessages.make();
-            break;
+    constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t begin = progress.end;
+    Piece piece;
+    if (const auto second = middle(begin, progress, file)) {
+        auto front = std::async(std::launch::async, [&] { return readPiece(file, begin, *second, progress.count); });
+        Piece back = readPiece(file, *second, toTheEnd, 0);
+        piece = front.get();
+        piece.hasFailed = piece.hasFailed || back.hasFailed || piece.end != *second;
+        for (Place &place : back.last) {
+            place.before += piece.count;
+            piece.add(place, static_cast<std::int64_t>(m_limit));
         }
-        const std::int64_t count = lineMessages.countAll();
-        if (count == 0)
-            continue;
-        last.push_back({ line->offset, line->text.size(), progress.count, count });
-        progress.count += count;
-        messages += count;
-        for (; messages - last.front().messages >= limit; last.pop_front())
-            messages -= last.front().messages;
+        if (back.unfinished)
+            back.unfinished->before += piece.count;
+        piece.unfinished = back.unfinished;
+        piece.count += back.count;
+        piece.end = back.end;
+    } else {
+        piece = readPiece(file, begin, toTheEnd, progress.count);
     }
-    progress.end = lines.endOfTerminated();
-    if (lines.hasFailed() || !make(last, progress, file))
+    if (piece.hasFailed)
         return false;
+
+    for (const Place &place : piece.last) {
+        auto messages = make(place, true, file);
+        if (!messages)
+            return false;
+        std::ranges::move(*messages, std::back_inserter(progress.messages));
+    }
+    while (progress.messages.size() > m_limit)
+        progress.messages.pop_front();
+    progress.unfinished.clear();
+    if (piece.unfinished)
+        progress.unfinished = make(*piece.unfinished, false, file).value_or(std::vector<TranscriptMessage>());
+    progress.count = piece.count;
+    progress.end = piece.end;
     const std::size_t length = std::min<std::uint64_t>(progress.end, comparedLength);
     progress.front = file.read(0, length).value_or(std::string());
     progress.back = file.read(progress.end - length, length).value_or(std::string());
     return true;
 }
 
-bool TranscriptMessageReader::make(const std::deque<Place> &places, Progress &progress,
-                                   const TranscriptFile &file) const
+std::optional<std::uint64_t> TranscriptMessageReader::middle(std::uint64_t begin, const Progress &progress,
+                                                             const TranscriptFile &file) const
 {
-    TranscriptLineReader reader;
-    for (const Place &place : places) {
-        const auto bytes = file.read(place.offset, place.length);
-        if (!bytes || bytes->size() != place.length || !simdjson::validate_utf8(*bytes))
-            return false;
-        const TranscriptLines::Line line { place.offset, *bytes, true };
-        const auto content = reader.read(line.text);
-        // Another one than before: somebody is rewriting the file.
-        if (!content || !LineMessages::areIn(*content) || !reader.isSound())
-            return false;
-        std::ranges::move(LineMessages(*content, line, place.before).make(), std::back_inserter(progress.messages));
+    constexpr std::size_t step = std::size_t { 64 } << 10;
+    const std::uint64_t size = progress.state.size;
+    if (size < begin || size - begin < 2 * m_share)
+        return std::nullopt;
+    for (std::uint64_t offset = begin + (size - begin) / 2; offset < size; offset += step) {
+        const auto block = file.read(offset, step);
+        const std::size_t feed = block ? block->find('\n') : std::string::npos;
+        if (feed != std::string::npos)
+            return offset + feed + 1;
+        if (!block)
+            return std::nullopt;
     }
-    while (progress.messages.size() > m_limit)
-        progress.messages.pop_front();
-    return true;
+    return std::nullopt;
+}
+
+TranscriptMessageReader::Piece TranscriptMessageReader::readPiece(const TranscriptFile &file, std::uint64_t begin,
+                                                                  std::uint64_t end, std::int64_t before) const
+{
+    Piece piece;
+    piece.count = before;
+    TranscriptLines lines(file, begin, end);
+    TranscriptLineReader reader;
+    while (const auto line = lines.next()) {
+        const auto content = reader.read(line->text);
+        if (!content || !LineMessages::areIn(*content) || !reader.isSound())
+            continue;
+        const std::int64_t count = LineMessages(*content, *line, piece.count).countAll();
+        const Place place { line->offset, line->text.size(), piece.count, count };
+        if (!line->isTerminated) {
+            piece.unfinished = place;
+            break;
+        }
+        if (count == 0)
+            continue;
+        piece.add(place, static_cast<std::int64_t>(m_limit));
+        piece.count += count;
+    }
+    piece.end = lines.endOfTerminated();
+    piece.hasFailed = lines.hasFailed();
+    return piece;
+}
+
+std::optional<std::vector<TranscriptMessage>> TranscriptMessageReader::make(const Place &place, bool isTerminated,
+                                                                            const TranscriptFile &file)
+{
+    const auto bytes = file.read(place.offset, place.length);
+    if (!bytes || bytes->size() != place.length || !simdjson::validate_utf8(*bytes))
+        return std::nullopt;
+    TranscriptLineReader reader;
+    const TranscriptLines::Line line { place.offset, *bytes, isTerminated };
+    const auto content = reader.read(line.text);
+    // Another one than before: somebody is rewriting the file.
+    if (!content || !LineMessages::areIn(*content) || !reader.isSound())
+        return std::nullopt;
+    return LineMessages(*content, line, place.before).make();
 }
 
 std::vector<TranscriptMessage> TranscriptMessageReader::result() const

@@ -150,6 +150,34 @@ TEST(TranscriptGrowth, givesTheSameHoweverTheFileGrew)
     }
 }
 
+TEST(TranscriptGrowth, givesTheSameWhenTwoThreadsShareTheFile)
+{
+    constexpr std::uint64_t share = 1;
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        RandomTranscript random(seed);
+        QByteArray bytes = random.lines(60);
+        if (random.below(3) == 0)
+            bytes.chop(1 + random.below(10));
+        if (random.below(20) == 0)
+            bytes.insert(random.below(static_cast<unsigned>(bytes.size()) + 1), '\xFF');
+        const qsizetype limit = 1 + random.below(70);
+        const TranscriptScratch scratch(bytes);
+        TranscriptMessageReader shared(scratch.path(), limit, share);
+        ASSERT_TRUE(shared.read() == parseMessages(scratch.path(), limit)) << "seed " << seed;
+
+        scratch.append("\n" + random.lines(30));
+        ASSERT_TRUE(shared.read() == parseMessages(scratch.path(), limit)) << "seed " << seed;
+    }
+}
+
+TEST(TranscriptGrowth, sharesAFileOfOneLongLine)
+{
+    const TranscriptScratch scratch(numbered(1).repeated(3) + QByteArray(100'000, ' ') + numbered(2));
+    TranscriptMessageReader shared(scratch.path(), 50, 1);
+    EXPECT_TRUE(shared.read() == parseMessages(scratch.path(), 50));
+    EXPECT_EQ(shared.read().size(), 4U);
+}
+
 TEST(TranscriptGrowth, readsAgainWhatWasReplacedOrRewritten)
 {
     const TranscriptScratch scratch(numbered(0, 100));
