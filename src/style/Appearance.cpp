@@ -3,7 +3,6 @@
 #include "style/DesignTokens.h"
 
 #include <QFontDatabase>
-#include <QFontInfo>
 #include <QQmlEngine>
 
 using namespace Qt::StringLiterals;
@@ -121,14 +120,22 @@ const Palette &Appearance::palette(ThemeName theme) const
     return m_notch;
 }
 
+QString Appearance::fontFamily() const
+{
+    return installedFamily(preferences().fontFamily, QFontDatabase::GeneralFont, "ui");
+}
+
+QString Appearance::fixedFontFamily() const
+{
+    return installedFamily(preferences().fixedFontFamily, QFontDatabase::FixedFont, "mono");
+}
+
 void Appearance::update()
 {
     const auto highContrast = preferences().highContrast;
     m_light = paletteFor("light", highContrast);
     m_dark = paletteFor("dark", highContrast);
     m_notch = paletteFor("notch", highContrast);
-    m_fontFamily = installedFamily(preferences().fontFamily, QFontDatabase::GeneralFont, "ui");
-    m_fixedFontFamily = installedFamily(preferences().fixedFontFamily, QFontDatabase::FixedFont, "mono");
 }
 
 } // namespace vantry

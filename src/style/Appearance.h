@@ -33,8 +33,9 @@ public:
     /// The theme of a window that follows the desktop.
     [[nodiscard]] ThemeName theme() const;
     [[nodiscard]] const Palette &palette(ThemeName theme) const;
-    [[nodiscard]] const QString &fontFamily() const { return m_fontFamily; }
-    [[nodiscard]] const QString &fixedFontFamily() const { return m_fixedFontFamily; }
+    /// The first call in a process may take a while: it makes the toolkit look for the installed fonts.
+    [[nodiscard]] QString fontFamily() const;
+    [[nodiscard]] QString fixedFontFamily() const;
 
 Q_SIGNALS:
     void changed();
@@ -46,8 +47,6 @@ private:
     Palette m_light;
     Palette m_dark;
     Palette m_notch;
-    QString m_fontFamily;
-    QString m_fixedFontFamily;
 };
 
 } // namespace vantry

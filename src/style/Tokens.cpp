@@ -12,11 +12,17 @@
 namespace vantry {
 namespace {
 
-TextStyle textStyle(const char *name, const Appearance &appearance)
+struct Families
+{
+    QString interface;
+    QString fixed;
+};
+
+TextStyle textStyle(const char *name, const Families &families)
 {
     const auto &style = designTokens::document().at("textStyles").at(name);
     const auto isFixed = style.value("family", std::string()) == "mono";
-    QFont font(isFixed ? appearance.fixedFontFamily() : appearance.fontFamily());
+    QFont font(isFixed ? families.fixed : families.interface);
     font.setPixelSize(style.at("px").get<int>());
     font.setWeight(QFont::Weight(style.at("weight").get<int>()));
     if (isFixed) {
@@ -68,8 +74,9 @@ Tokens *Tokens::create(QQmlEngine *engine, QJSEngine * /*scriptEngine*/)
 
 void Tokens::takeFonts()
 {
+    const Families families { m_appearance.fontFamily(), m_appearance.fixedFontFamily() };
     const TextStyles styles {
-#define VANTRY_TEXT_STYLE_VALUE(name) .name = textStyle(#name, m_appearance),
+#define VANTRY_TEXT_STYLE_VALUE(name) .name = textStyle(#name, families),
         VANTRY_TEXT_STYLES(VANTRY_TEXT_STYLE_VALUE)
 #undef VANTRY_TEXT_STYLE_VALUE
     };

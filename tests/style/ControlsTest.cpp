@@ -237,15 +237,18 @@ TEST_F(ControlsTest, messageFieldSendsOnReturnAndGrowsToItsMostLines)
 
 TEST_F(ControlsTest, colorsFollowTheDesktopWhileShown)
 {
-    EXPECT_EQ(pixelAt({ 555, 400 }), QColor(u"#FBFBFC"_s));
+    const QPoint ground(555, 400);
+    const auto button = leftEdgeOf(u"button1"_s);
+    EXPECT_EQ(pixelAt(ground), QColor(u"#FBFBFC"_s));
+    EXPECT_EQ(pixelAt(button), QColor(u"#FFFFFF"_s));
     m_window.preferences().set({ .prefersDark = true });
-    EXPECT_EQ(pixelAt({ 555, 400 }), QColor(u"#1C1D20"_s));
-    QTest::qWait(200); // The colours of the controls fade over.
+    EXPECT_EQ(pixelAt(ground), QColor(u"#1C1D20"_s));
+    // Controls fade over to their new colour.
+    EXPECT_TRUE(ViewWindow::waitFor([&] { return pixelAt(button) == QColor(u"#242629"_s); }));
     m_window.grab().save(u"style-dark.png"_s);
     m_window.preferences().set({});
-    EXPECT_EQ(pixelAt({ 555, 400 }), QColor(u"#FBFBFC"_s));
-    (void)m_window.grab();
-    QTest::qWait(200);
+    EXPECT_EQ(pixelAt(ground), QColor(u"#FBFBFC"_s));
+    EXPECT_TRUE(ViewWindow::waitFor([&] { return pixelAt(button) == QColor(u"#FFFFFF"_s); }));
     m_window.grab().save(u"style-light.png"_s);
 }
 
@@ -286,7 +289,6 @@ TEST(StyleTest, notchWindowIsAlwaysBlack)
     EXPECT_EQ(window.grab().pixelColor(555, 400), QColor(Qt::black));
     window.preferences().set({ .prefersDark = true });
     EXPECT_EQ(window.grab().pixelColor(555, 400), QColor(Qt::black));
-    QTest::qWait(200);
     window.grab().save(u"style-notch.png"_s);
 }
 
