@@ -32,11 +32,11 @@ FocusScope {
 
     Shortcut {
         enabled: !browserSlot.current && !pickerSlot.current
-        sequences: [StandardKey.Find]
+        sequence: "Ctrl+F"
         onActivated: root.model.openSessionBrowser(true)
     }
     Shortcut {
-        sequences: [StandardKey.New]
+        sequence: "Ctrl+N"
         onActivated: root.model.openSessionBrowser(false)
     }
     Shortcut {
@@ -44,7 +44,7 @@ FocusScope {
         onActivated: root.model.openSettings()
     }
     Shortcut {
-        sequences: [StandardKey.Quit]
+        sequence: "Ctrl+Q"
         onActivated: root.model.quit()
     }
     Rectangle {

@@ -25,7 +25,7 @@ FocusScope {
 
         anchors.right: root.hasAlwaysAllow && !root.wraps ? alwaysAllow.left : allow.left
         anchors.rightMargin: Tokens.sp6
-        enabled: !root.allowPressed
+        disabledReason: root.allowPressed ? qsTr("Already allowed") : ""
         text: qsTr("Deny")
         onClicked: root.denied()
     }
@@ -36,7 +36,7 @@ FocusScope {
         anchors.rightMargin: root.wraps ? 0 : Tokens.sp6
         y: root.wraps ? Tokens.buttonSmall + Tokens.sp6 : 0
         visible: root.hasAlwaysAllow
-        enabled: !root.allowPressed
+        disabledReason: root.allowPressed ? qsTr("Already allowed") : ""
         text: qsTr("Always Allow")
         onClicked: root.alwaysAllowed()
     }

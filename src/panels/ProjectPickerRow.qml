@@ -15,6 +15,9 @@ Item {
     signal opened
 
     implicitHeight: row.height
+    // Else assistive programs would still find it while it waits to be used again.
+    ListView.onPooled: visible = false
+    ListView.onReused: visible = true
 
     // Opaque, so that what was drawn here before is surely drawn over.
     Rectangle {

@@ -18,7 +18,7 @@ FocusScope {
 
     Shortcut {
         enabled: root.enabled
-        sequences: [StandardKey.Find]
+        sequence: "Ctrl+F"
         onActivated: field.forceActiveFocus(Qt.ShortcutFocusReason)
     }
     Connections {
@@ -50,7 +50,9 @@ FocusScope {
         placeholder: qsTr("Search sessions...")
         text: root.model.searchText
         onTextChanged: root.model.searchText = text
-        onAccepted: root.model.submit()
+        // Here, so that the key doesn't go on to the list.
+        Keys.onReturnPressed: root.model.submit()
+        Keys.onEnterPressed: root.model.submit()
     }
     ListView {
         id: list

@@ -81,6 +81,9 @@ FocusScope {
     }
 
     implicitHeight: card.height + (isAttention ? Tokens.sp4 : 0)
+    // Else assistive programs would still find it while it waits to be used again.
+    ListView.onPooled: visible = false
+    ListView.onReused: visible = true
     onHasButtonsChanged: if (buttons.activeFocus) focusRow()
 
     Keys.onPressed: event => event.accepted = event.modifiers === Qt.AltModifier && takeKey(event.key)
