@@ -106,6 +106,8 @@ const QHash<QString, Entry> &commands()
         { u"hook install"_s, { { G::Json, {} }, [](const Pieces &p) { return command::HookInstall { p.form }; } } },
         { u"hook status"_s, { { G::Json, {} }, [](const Pieces &p) { return command::HookStatus { p.form }; } } },
         { u"doctor"_s, { { G::Json, {} }, [](const Pieces &p) { return command::Doctor { p.form }; } } },
+        { u"show"_s, { {}, [](const Pieces &) { return command::Show {}; } } },
+        { u"settings"_s, { {}, [](const Pieces &) { return command::Settings {}; } } },
         { u"quit"_s, { {}, [](const Pieces &) { return command::Quit {}; } } },
     };
     return table;
@@ -372,6 +374,10 @@ Set-up
   hook install [--json]             connect the agent: install its hook
   hook status [--json]              tell whether the hook is installed
   doctor [--json]                   check all that Vantry leans on
+
+Windows
+  show                              show the panel
+  settings                          show the settings
   quit                              end the running Vantry
 
   --help, --version

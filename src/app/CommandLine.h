@@ -128,6 +128,14 @@ struct Doctor
     OutputForm form { OutputForm::Text };
     friend bool operator==(const Doctor &, const Doctor &) = default;
 };
+struct Show
+{
+    friend bool operator==(const Show &, const Show &) = default;
+};
+struct Settings
+{
+    friend bool operator==(const Settings &, const Settings &) = default;
+};
 struct Quit
 {
     friend bool operator==(const Quit &, const Quit &) = default;
@@ -135,11 +143,11 @@ struct Quit
 
 } // namespace command
 
-using Command =
-    std::variant<command::Start, command::Help, command::Version, command::Status, command::Watch, command::Allow,
-                 command::Deny, command::AlwaysAllow, command::Answer, command::Send, command::Focus, command::Kill,
-                 command::Launch, command::Search, command::Recent, command::Projects, command::Messages,
-                 command::HookInstall, command::HookStatus, command::Doctor, command::Quit>;
+using Command = std::variant<command::Start, command::Help, command::Version, command::Status, command::Watch,
+                             command::Allow, command::Deny, command::AlwaysAllow, command::Answer, command::Send,
+                             command::Focus, command::Kill, command::Launch, command::Search, command::Recent,
+                             command::Projects, command::Messages, command::HookInstall, command::HookStatus,
+                             command::Doctor, command::Show, command::Settings, command::Quit>;
 
 /// Why a command line can't be understood, as one line for a person.
 struct UsageError

@@ -76,6 +76,8 @@ public:
             { m_paths, *running, *peers, *ports, {}, port, terminals.driverList(), platform::hasDisplay() });
         return printDoctor(doctor, checks.all(), m_console);
     }
+    int operator()(const command::Show &) { return runShow(*client(), m_console); }
+    int operator()(const command::Settings &) { return runSettings(*client(), m_console); }
     int operator()(const command::Quit &)
     {
         QtScheduler scheduler;

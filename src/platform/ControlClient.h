@@ -15,7 +15,7 @@ struct ControlFailure
     enum class Kind {
         NotRunning,    ///< No application runs for this user, or it can't be reached.
         NoSuchSession, ///< It knows no session of this identifier.
-        NotPossible,   ///< The session's state, or its terminal, does not allow the call.
+        NotPossible,   ///< The session's state, its terminal, or the application's does not allow the call.
         Unanswered,    ///< It runs and gave no usable answer.
     };
     Kind kind { Kind::Unanswered };
@@ -55,8 +55,10 @@ public:
     /// The arguments are those of ControlRequests::launch().
     [[nodiscard]] virtual std::optional<ControlFailure>
     launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode) = 0;
-    /// Asks it to show itself.
+    /// Asks it to show itself, as far as it has windows.
     [[nodiscard]] virtual std::optional<ControlFailure> activate() = 0;
+    [[nodiscard]] virtual std::optional<ControlFailure> showPanel() = 0;
+    [[nodiscard]] virtual std::optional<ControlFailure> showSettings() = 0;
     [[nodiscard]] virtual std::optional<ControlFailure> quit() = 0;
 
     /// Tells the listener from now on, in the order in which things happen; a list() that is asked for after this call

@@ -45,6 +45,10 @@ public:
     /// `permissionMode` is a permission mode's raw value.
     virtual void launch(const QString &path, const QString &mode, const QString &sessionID,
                         const QString &permissionMode, Reply reply) = 0;
+    /// Shows the panel, by the user's own act. False when the application runs without windows.
+    virtual bool showPanel() = 0;
+    /// The same for the settings.
+    virtual bool showSettings() = 0;
     /// Ends the application soon after the call has been answered.
     virtual void quit() = 0;
 };

@@ -54,6 +54,8 @@ TEST(CommandLine, readsEveryCommandThatTakesNothingButAForm)
     EXPECT_EQ(parsed<command::HookInstall>(u"hook install --json"_s).form, OutputForm::Json);
     EXPECT_EQ(parsed<command::HookStatus>(u"hook status"_s).form, OutputForm::Text);
     EXPECT_EQ(parsed<command::Doctor>(u"doctor --json"_s).form, OutputForm::Json);
+    parsed<command::Show>(u"show"_s);
+    parsed<command::Settings>(u"settings"_s);
     parsed<command::Quit>(u"quit"_s);
     parsed<command::Version>(u"--version"_s);
 }
@@ -187,9 +189,9 @@ TEST(CommandLine, namesWhatItDoesNotKnow)
 
 TEST(CommandLine, helpNamesEveryCommand)
 {
-    for (const QString &word :
-         { u"--headless"_s, u"status"_s, u"watch"_s, u"allow"_s, u"deny"_s, u"--stop"_s, u"always-allow"_s, u"kill"_s,
-           u"search"_s, u"recent"_s, u"hook install"_s, u"hook status"_s, u"doctor"_s, u"quit"_s, u"--version"_s })
+    for (const QString &word : { u"--headless"_s, u"status"_s, u"watch"_s, u"allow"_s, u"deny"_s, u"--stop"_s,
+                                 u"always-allow"_s, u"kill"_s, u"search"_s, u"recent"_s, u"hook install"_s,
+                                 u"hook status"_s, u"doctor"_s, u"show"_s, u"settings"_s, u"quit"_s, u"--version"_s })
         EXPECT_TRUE(helpText().contains(word)) << word.toStdString();
 }
 

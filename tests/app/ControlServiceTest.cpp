@@ -284,6 +284,20 @@ TEST_F(ControlServiceTest, killsASessionOnce)
     EXPECT_EQ(kill(u"s"_s).kind, Kind::NotPossible);
 }
 
+TEST_F(ControlServiceTest, showsWindowsOnlyWhereThereAreAny)
+{
+    EXPECT_FALSE(control.showPanel());
+    EXPECT_FALSE(control.showSettings());
+    QStringList shown;
+    control.onShowPanel = [&] { shown.append(u"panel"_s); };
+    control.onShowSettings = [&] { shown.append(u"settings"_s); };
+
+    EXPECT_TRUE(control.showPanel());
+    EXPECT_TRUE(control.showSettings());
+
+    EXPECT_EQ(shown, (QStringList { u"panel"_s, u"settings"_s }));
+}
+
 TEST_F(ControlServiceTest, passesTheRequestToQuitOn)
 {
     control.quit();

@@ -202,6 +202,25 @@ TEST_F(SessionCommands, tellThatNothingRuns)
     EXPECT_EQ(console.errors.size(), 1U);
 }
 
+TEST_F(SessionCommands, askForWindows)
+{
+    EXPECT_EQ(runShow(client, console), exitCode::done);
+    EXPECT_EQ(runSettings(client, console), exitCode::done);
+
+    EXPECT_EQ(client.calls, (QStringList { u"show"_s, u"settings"_s }));
+}
+
+TEST_F(SessionCommands, sayWhyNoWindowIsShown)
+{
+    client.failure = ControlFailure { ControlFailure::Kind::NotPossible, u"no windows here"_s };
+    EXPECT_EQ(runShow(client, console), exitCode::refused);
+    EXPECT_EQ(runSettings(client, console), exitCode::refused);
+
+    client.stopRunning();
+    EXPECT_EQ(runShow(client, console), exitCode::notRunning);
+    EXPECT_EQ(runSettings(client, console), exitCode::notRunning);
+}
+
 class QuitCommand : public SessionCommands
 {
 protected:

@@ -51,6 +51,16 @@ public:
     {
         record(u"launch %1 %2 %3 %4"_s.arg(path, mode, id, permissionMode), std::move(reply));
     }
+    bool showPanel() override
+    {
+        calls.append(u"show"_s);
+        return hasWindows;
+    }
+    bool showSettings() override
+    {
+        calls.append(u"settings"_s);
+        return hasWindows;
+    }
     void quit() override { calls.append(u"quit"_s); }
 
     bool listening { true };
@@ -58,6 +68,7 @@ public:
     ControlOutcome outcome;
     bool repliesAtOnce { true };
     QList<Reply> waiting; ///< What has not been replied to.
+    bool hasWindows { true };
     QStringList calls;
 
 private:
@@ -254,6 +265,31 @@ TEST_F(DBusControl, refusesCallsOfAnotherForm)
         EXPECT_EQ(reply.type(), QDBusMessage::ErrorMessage);
 
     EXPECT_TRUE(requests.calls.isEmpty());
+}
+
+TEST_F(DBusControl, showsWindowsWhenAskedTo)
+{
+    ASSERT_EQ(endpoint.publish(requests), Publication::Published);
+
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.activate(); }));
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.showPanel(); }));
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.showSettings(); }));
+
+    EXPECT_EQ(requests.calls, (QStringList { u"show"_s, u"show"_s, u"settings"_s }));
+}
+
+TEST_F(DBusControl, saysThatThereAreNoWindowsToShow)
+{
+    requests.hasWindows = false;
+    ASSERT_EQ(endpoint.publish(requests), Publication::Published);
+
+    EXPECT_FALSE(fromElsewhere([](auto &client) { return client.activate(); }));
+    const auto panel = fromElsewhere([](auto &client) { return client.showPanel(); });
+    const auto settings = fromElsewhere([](auto &client) { return client.showSettings(); });
+
+    EXPECT_EQ(panel->kind, Kind::NotPossible);
+    EXPECT_EQ(settings->kind, Kind::NotPossible);
+    EXPECT_EQ(settings->reason, u"the running Vantry has no windows"_s);
 }
 
 TEST_F(DBusControl, takesAHugeIdentifier)

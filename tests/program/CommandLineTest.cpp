@@ -85,6 +85,7 @@ INSTANTIATE_TEST_SUITE_P(CommandLine, NothingRunning,
                                            Call { "Kill", { "kill", "one" } }, Call { "Send", { "send", "one", "a" } },
                                            Call { "Answer", { "answer", "one", "0" } },
                                            Call { "Focus", { "focus", "one" } }, Call { "Launch", { "launch", "/" } },
+                                           Call { "Show", { "show" } }, Call { "Settings", { "settings" } },
                                            Call { "Quit", { "quit" } }),
                          nameOf);
 
@@ -98,6 +99,18 @@ TEST(CommandLine, statusTellsScriptsThatNothingRuns)
     EXPECT_EQ(Json::parse(result.out).dump(), R"({"running":false,"listening":false,"port":49152,"sessions":[]})");
 }
 
+TEST(CommandLine, anApplicationWithoutWindowsShowsNone)
+{
+    Vantry vantry;
+    vantry.start();
+
+    for (const char *command : { "show", "settings" }) {
+        const CommandResult result = vantry.run({ command });
+        EXPECT_EQ(result.exitCode, 1) << command;
+        EXPECT_THAT(result.err, HasSubstr("the running Vantry has no windows"));
+    }
+}
+
 TEST(CommandLine, helpNamesEveryCommand)
 {
     const Vantry vantry;
@@ -107,10 +120,10 @@ TEST(CommandLine, helpNamesEveryCommand)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
     for (const char *word :
-         { "--headless", "status",    "watch",    "allow",    "deny",         "always-allow", "kill",
-           "answer",     "send",      "focus",    "launch",   "--resume",     "--continue",   "--mode",
-           "search",     "recent",    "projects", "messages", "hook install", "hook status",  "doctor",
-           "quit",       "--version", "--json",   "--stop",   "--limit" })
+         { "--headless", "status",   "watch",    "allow",     "deny",         "always-allow", "kill",
+           "answer",     "send",     "focus",    "launch",    "--resume",     "--continue",   "--mode",
+           "search",     "recent",   "projects", "messages",  "hook install", "hook status",  "doctor",
+           "show",       "settings", "quit",     "--version", "--json",       "--stop",       "--limit" })
         EXPECT_THAT(help.out, HasSubstr(word));
 }
 

@@ -45,6 +45,8 @@ public:
         return record(QStringList { QStringLiteral("launch"), path, mode, id, permissionMode }.join(u' '));
     }
     [[nodiscard]] Failure activate() override { return record(QStringLiteral("activate")); }
+    [[nodiscard]] Failure showPanel() override { return record(QStringLiteral("show")); }
+    [[nodiscard]] Failure showSettings() override { return record(QStringLiteral("settings")); }
     [[nodiscard]] Failure quit() override
     {
         Failure result = record(QStringLiteral("quit"));

@@ -180,6 +180,20 @@ void ControlService::launch(const QString &path, const QString &mode, const QStr
         m_services.sessionActions.launch(path, *how, { *permissions }, tell(std::move(reply)));
 }
 
+bool ControlService::showPanel()
+{
+    if (onShowPanel)
+        onShowPanel();
+    return static_cast<bool>(onShowPanel);
+}
+
+bool ControlService::showSettings()
+{
+    if (onShowSettings)
+        onShowSettings();
+    return static_cast<bool>(onShowSettings);
+}
+
 void ControlService::quit()
 {
     if (onQuit)

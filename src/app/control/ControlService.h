@@ -57,8 +57,13 @@ public:
     void kill(const QString &sessionID, Reply reply) override;
     void launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode,
                 Reply reply) override;
+    bool showPanel() override;
+    bool showSettings() override;
     void quit() override;
 
+    // Unset: refused.
+    std::function<void()> onShowPanel;
+    std::function<void()> onShowSettings;
     std::function<void()> onQuit; ///< Unset: the request is dropped.
 
 private:

@@ -171,6 +171,18 @@ int runLaunch(const command::Launch &command, ControlClient &client, const Paths
     return failure ? fail(*failure, console) : exitCode::done;
 }
 
+int runShow(ControlClient &client, Console &console)
+{
+    const auto failure = client.showPanel();
+    return failure ? fail(*failure, console) : exitCode::done;
+}
+
+int runSettings(ControlClient &client, Console &console)
+{
+    const auto failure = client.showSettings();
+    return failure ? fail(*failure, console) : exitCode::done;
+}
+
 int runQuit(ControlClient &client, Console &console, Scheduler &scheduler)
 {
     constexpr auto patience = 10s;

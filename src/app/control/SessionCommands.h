@@ -47,6 +47,9 @@ struct SessionChoice
 [[nodiscard]] int runLaunch(const command::Launch &command, ControlClient &client, const Paths &paths, Console &console,
                             const Clock &clock);
 
+[[nodiscard]] int runShow(ControlClient &client, Console &console);
+[[nodiscard]] int runSettings(ControlClient &client, Console &console);
+
 /// Waits in an event loop, some seconds at most, until the application has gone.
 [[nodiscard]] int runQuit(ControlClient &client, Console &console, Scheduler &scheduler);
 

@@ -108,17 +108,30 @@ ApplicationAdaptor::ApplicationAdaptor(ControlRequests &requests, const QDBusCon
     , m_connection(connection)
 {}
 
-void ApplicationAdaptor::Activate(const QVariantMap &) {}
+void ApplicationAdaptor::Activate(const QVariantMap &)
+{
+    m_requests.showPanel();
+}
 
 void ApplicationAdaptor::ActivateAction(const QString &action_name, const QVariantList &, const QVariantMap &,
                                         const QDBusMessage &call)
 {
-    if (action_name == QLatin1StringView(bus::quitAction)) {
+    const auto is = [&action_name](const char *name) { return action_name == QLatin1StringView(name); };
+    const auto refuse = [&](const QString &error, const QString &reason) {
+        call.setDelayedReply(true);
+        m_connection.send(call.createErrorReply(error, reason));
+    };
+    bool isPossible = true;
+    if (is(bus::quitAction))
         m_requests.quit();
-        return;
-    }
-    call.setDelayedReply(true);
-    m_connection.send(call.createErrorReply(QDBusError::InvalidArgs, u"there is no such action"_s));
+    else if (is(bus::showAction))
+        isPossible = m_requests.showPanel();
+    else if (is(bus::settingsAction))
+        isPossible = m_requests.showSettings();
+    else
+        refuse(QDBusError::errorString(QDBusError::InvalidArgs), u"there is no such action"_s);
+    if (!isPossible)
+        refuse(QString::fromLatin1(bus::notPossible), u"the running Vantry has no windows"_s);
 }
 
 } // namespace vantry

@@ -66,7 +66,7 @@ public:
     ApplicationAdaptor(ControlRequests &requests, const QDBusConnection &connection, QObject *parent);
 
 public Q_SLOTS: // NOLINT(readability-redundant-access-specifiers)
-    /// Succeeds without an effect: this application shows no window.
+    /// Shows the panel. Succeeds without an effect where there are no windows.
     void Activate(const QVariantMap &platform_data);
     void ActivateAction(const QString &action_name, const QVariantList &parameter, const QVariantMap &platform_data,
                         const QDBusMessage &call);

@@ -100,10 +100,19 @@ std::optional<ControlFailure> DBusControlClient::activate()
     return command(bus::applicationInterface, "Activate", { QVariantMap {} });
 }
 
+std::optional<ControlFailure> DBusControlClient::showPanel()
+{
+    return action(bus::showAction);
+}
+
+std::optional<ControlFailure> DBusControlClient::showSettings()
+{
+    return action(bus::settingsAction);
+}
+
 std::optional<ControlFailure> DBusControlClient::quit()
 {
-    return command(bus::applicationInterface, "ActivateAction",
-                   { QString::fromLatin1(bus::quitAction), QVariantList {}, QVariantMap {} });
+    return action(bus::quitAction);
 }
 
 void DBusControlClient::follow(Listener listener)
@@ -170,6 +179,12 @@ QDBusMessage DBusControlClient::call(const char *interface, const char *method, 
     message.setAutoStartService(false);
     message.setArguments(arguments);
     return m_bus->call(message, QDBus::Block, static_cast<int>(callTimeout.count()));
+}
+
+std::optional<ControlFailure> DBusControlClient::action(const char *name)
+{
+    return command(bus::applicationInterface, "ActivateAction",
+                   { QString::fromLatin1(name), QVariantList {}, QVariantMap {} });
 }
 
 std::optional<ControlFailure> DBusControlClient::command(const char *interface, const char *method,

@@ -30,6 +30,8 @@ public:
     [[nodiscard]] std::optional<ControlFailure>
     launch(const QString &path, const QString &mode, const QString &sessionID, const QString &permissionMode) override;
     [[nodiscard]] std::optional<ControlFailure> activate() override;
+    [[nodiscard]] std::optional<ControlFailure> showPanel() override;
+    [[nodiscard]] std::optional<ControlFailure> showSettings() override;
     [[nodiscard]] std::optional<ControlFailure> quit() override;
     void follow(Listener listener) override;
 
@@ -44,6 +46,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QDBusMessage call(const char *interface, const char *method, const QVariantList &arguments);
+    [[nodiscard]] std::optional<ControlFailure> action(const char *name);
     [[nodiscard]] std::optional<ControlFailure> command(const char *interface, const char *method,
                                                         const QVariantList &arguments);
 

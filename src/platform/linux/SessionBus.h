@@ -15,6 +15,8 @@ inline constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties";
 inline constexpr auto peerInterface = "org.freedesktop.DBus.Peer";
 inline constexpr auto noSuchSession = "com.vantry.Error.NoSuchSession";
 inline constexpr auto notPossible = "com.vantry.Error.NotPossible";
+inline constexpr auto showAction = "show";
+inline constexpr auto settingsAction = "settings";
 inline constexpr auto quitAction = "quit";
 } // namespace bus
 
