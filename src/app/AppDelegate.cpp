@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 
+#include "app/PanelConnections.h"
+
 #include <QCoreApplication>
 
 #include <exception>
@@ -118,6 +120,35 @@ void AppDelegate::fanOut(const HookEvent &event)
         m_pendingPermissions.dismissAll(event.sessionID);
     else if (event.isInterrupt.value_or(false) && waitedForPermission)
         m_pendingPermissions.dismissAll(event.sessionID, event.agentId);
+}
+
+PanelServices AppDelegate::panelServices()
+{
+    return { .sessionManager = m_sessionManager,
+             .sessionChanges = m_sessionChanges,
+             .store = m_store,
+             .git = m_gitFacts,
+             .workers = m_panelWorkers,
+             .mainQueue = m_ports.mainQueue,
+             .clock = m_ports.clock,
+             .scheduler = m_ports.scheduler,
+             .defaults = m_defaults,
+             .log = m_log.general(),
+             .home = m_paths.home };
+}
+
+SessionCallbacks AppDelegate::sessionCallbacks()
+{
+    SessionCallbacks callbacks = vantry::sessionCallbacks(m_sessionActions, m_terminalBridge, m_pendingPermissions);
+    callbacks.openUrl = [this](const QUrl &url) {
+        if (m_ports.openUrl)
+            m_panelWorkers.run([open = m_ports.openUrl, url, &log = m_log.general()] {
+                if (const auto failure = open(url))
+                    log.write(u"AppDelegate: a link can't be opened: "_s + *failure);
+            });
+    };
+    callbacks.quit = [this] { quitApp(); };
+    return callbacks;
 }
 
 TerminalBridge::Ports AppDelegate::terminalPorts()

@@ -10,6 +10,8 @@
 #include "base/Scheduler.h"
 #include "base/WorkerPool.h"
 #include "hooks/HTTPHookServer.h"
+#include "panels/PanelServices.h"
+#include "panels/SessionCallbacks.h"
 #include "platform/Applications.h"
 #include "platform/ControlEndpoint.h"
 #include "platform/PeerIdentity.h"
@@ -56,6 +58,8 @@ public:
         std::vector<TerminalDriver *> terminals {};
         /// What the agent prints about its options. Called off the main thread. Unset: nothing.
         std::function<std::optional<QString>()> agentHelp {};
+        /// Has the desktop open a URL; gives why it didn't. Called off the main thread. Unset: nothing opens.
+        std::function<std::optional<QString>(const QUrl &)> openUrl {};
     };
 
     /// Without a port nothing comes in from outside.
@@ -73,6 +77,10 @@ public:
     [[nodiscard]] PendingPermissionStore &pendingPermissions() { return m_pendingPermissions; }
     [[nodiscard]] SessionManager &sessionManager() { return m_sessionManager; }
     [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
+    /// What the panel works with; lives as long as this.
+    [[nodiscard]] PanelServices panelServices();
+    /// What the panel may do and ask; lives as long as this.
+    [[nodiscard]] SessionCallbacks sessionCallbacks();
 
 private:
     void connectHookIntake();
@@ -95,6 +103,7 @@ private:
     PendingPermissionStore m_pendingPermissions { m_ports.clock, m_ports.scheduler, m_log.general() };
     LiveProcessChecker m_processChecker { m_ports.processes };
     GitFacts m_gitFacts { m_ports.mainQueue, m_workers };
+    WorkerPool m_panelWorkers { 2, WorkerPool::Priority::Normal }; ///< Its tasks use all of the above.
     SessionManager m_sessionManager { m_store,       m_processChecker, m_gitFacts, m_pendingPermissions,
                                       m_ports.clock, m_log.general() };
     TerminalBridge m_terminalBridge;

@@ -75,7 +75,7 @@ int runApplication(const command::Start &start, Console &console)
     const auto endpoint = platform::makeControlEndpoint();
     const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
-                                  *terminals.scripts, terminals.driverList(), platform::agentHelp });
+                                  *terminals.scripts, terminals.driverList(), platform::agentHelp, platform::openUrl });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);

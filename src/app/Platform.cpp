@@ -5,6 +5,7 @@
 #include "platform/linux/DBusControlEndpoint.h"
 #include "platform/linux/KittyDriver.h"
 #include "platform/linux/KonsoleDriver.h"
+#include "platform/linux/LinkOpener.h"
 #include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxListeningPorts.h"
 #include "platform/linux/LinuxPeerIdentity.h"
@@ -73,6 +74,11 @@ Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue)
 std::optional<QString> agentHelp()
 {
     return vantry::agentHelp();
+}
+
+std::optional<QString> openUrl(const QUrl &url)
+{
+    return openWithDesktop(url);
 }
 
 bool hasDisplay()

@@ -13,6 +13,7 @@
 #include "platform/TerminalDriver.h"
 
 #include <QString>
+#include <QUrl>
 
 #include <memory>
 #include <optional>
@@ -41,6 +42,8 @@ struct Terminals
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
 /// What the agent prints about its options. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> agentHelp();
+/// Has the desktop open a URL; gives why it didn't. Blocks; any thread but the main one.
+[[nodiscard]] std::optional<QString> openUrl(const QUrl &url);
 /// Whether windows can be shown.
 [[nodiscard]] bool hasDisplay();
 

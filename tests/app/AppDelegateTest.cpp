@@ -17,6 +17,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 namespace vantry {
 namespace {
 
@@ -43,7 +45,10 @@ protected:
     }
     [[nodiscard]] AppDelegate::Ports ports()
     {
-        return { clock, scheduler, mainQueue, processes, peers, endpoint, applications, scripts, { &terminal } };
+        AppDelegate::Ports ports { clock,    scheduler,    mainQueue, processes,    peers,
+                                   endpoint, applications, scripts,   { &terminal } };
+        ports.openUrl = [this](const QUrl &url) { return openUrl(url); };
+        return ports;
     }
 
     void launch()
@@ -97,6 +102,7 @@ protected:
         return position;
     }
 
+    std::function<std::optional<QString>(const QUrl &)> openUrl { [](const QUrl &) { return std::nullopt; } };
     QTemporaryDir home;
     test::ManualClock clock;
     test::ManualScheduler scheduler { clock };
@@ -348,6 +354,35 @@ TEST_F(AppDelegateTest, bringsLiveSessionsBackAtTheNextStart)
 
     ASSERT_EQ(delegate->sessionManager().sessions().size(), 1);
     EXPECT_EQ(session()->lastPrompt(), u"Go on"_s);
+}
+
+TEST_F(AppDelegateTest, thePanelAnswersRequests)
+{
+    launch();
+    const auto connection = hold(request());
+    const SessionCallbacks callbacks = delegate->sessionCallbacks();
+    EXPECT_FALSE(callbacks.heldRequestID(session()).isEmpty());
+    callbacks.onAllowSession(session());
+
+    EXPECT_TRUE(connection->status);
+    EXPECT_EQ(heldRequests(), 0);
+    EXPECT_EQ(&delegate->panelServices().sessionManager, &delegate->sessionManager());
+    EXPECT_EQ(delegate->panelServices().home, home.path());
+}
+
+TEST_F(AppDelegateTest, aLinkIsOpenedWithoutTheMainThreadWaiting)
+{
+    std::thread::id opener;
+    openUrl = [&opener](const QUrl &url) {
+        opener = std::this_thread::get_id();
+        return std::optional<QString>(u"no program for "_s + url.toString());
+    };
+    delegate->sessionCallbacks().openUrl(QUrl(u"https://example.com"_s));
+    delegate->panelServices().workers.waitForDone();
+
+    EXPECT_NE(opener, std::thread::id());
+    EXPECT_NE(opener, std::this_thread::get_id());
+    EXPECT_THAT(logText(), HasSubstr("AppDelegate: a link can't be opened: no program for https://example.com\n"));
 }
 
 } // namespace
