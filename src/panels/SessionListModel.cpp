@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr std::chrono::seconds attentionHold = 3s;
 /// The wall clock may be set, and timers stand still while the machine sleeps: what is shown is looked at at least this
 /// often.
 constexpr std::chrono::nanoseconds longestRest = 60s;
@@ -156,11 +157,16 @@ void SessionListModel::refresh()
         const SessionPtr session = aliveSession(entry.key());
         return !session || session->state() != SessionState::needsPermission;
     });
+    const QStringList announcements = followWaiting();
     const QList<SessionRowFacts> rows = currentRows();
     replaceRows(m_rows, rows);
     setCounts(rows);
-    announceWaiting();
     scheduleRefresh();
+    // What began to wait unseen is read as a part of the list.
+    if (!m_isVisible)
+        return;
+    for (const QString &text : announcements)
+        Q_EMIT announcement(text);
 }
 
 /// The alive sessions, section by section, each in the manager's order.
@@ -177,7 +183,9 @@ QList<SessionRowFacts> SessionListModel::currentRows() const
 
 SessionRowFacts SessionListModel::factsOf(const SessionPtr &session) const
 {
-    return SessionRowFacts::of(session, m_callbacks, m_services.clock.now(), m_allowed.value(session->id()));
+    return SessionRowFacts::of(
+        session, m_callbacks,
+        { m_services.clock.now(), holdLeft(*session).has_value(), m_allowed.value(session->id()) });
 }
 
 void SessionListModel::setCounts(const QList<SessionRowFacts> &rows)
@@ -193,23 +201,37 @@ void SessionListModel::setCounts(const QList<SessionRowFacts> &rows)
         Q_EMIT workingCountChanged();
 }
 
-void SessionListModel::announceWaiting()
+QStringList SessionListModel::followWaiting()
 {
+    const MonotonicTime now = m_services.clock.monotonicNow();
+    m_answers.removeIf(
+        [now](const QHash<QString, MonotonicTime>::iterator &answer) { return now - answer.value() >= attentionHold; });
+    QStringList announcements;
     QSet<QString> waiting;
-    QStringList texts;
     for (const SessionPtr &session : m_services.sessionManager.sessions()) {
-        if (!session->needsAttention())
-            continue;
-        waiting.insert(session->id());
-        if (!m_waiting.contains(session->id()))
-            texts.append(session->displayName() + u", "_s + session->statusText());
+        const QString &id = session->id();
+        if (session->needsAttention()) {
+            waiting.insert(id);
+            if (!m_waiting.contains(id))
+                announcements.append(session->displayName() + u", "_s + session->statusText());
+        } else if (session->isAlive() && m_waiting.contains(id)) {
+            m_answers.insert(id, now);
+        }
     }
     m_waiting = std::move(waiting);
-    // What began to wait unseen is read as a part of the list.
-    if (!m_isVisible)
-        return;
-    for (const QString &text : std::as_const(texts))
-        Q_EMIT announcement(text);
+    return announcements;
+}
+
+std::optional<std::chrono::nanoseconds> SessionListModel::holdLeft(const VantrySession &session) const
+{
+    if (session.needsAttention())
+        return std::nullopt;
+    std::chrono::nanoseconds left { 0 };
+    if (session.lastAttentionDate())
+        left = *session.lastAttentionDate() + attentionHold - m_services.clock.now();
+    if (const auto answer = m_answers.constFind(session.id()); answer != m_answers.cend())
+        left = std::max<std::chrono::nanoseconds>(left, *answer + attentionHold - m_services.clock.monotonicNow());
+    return left.count() > 0 ? std::optional(left) : std::nullopt;
 }
 
 void SessionListModel::scheduleRefresh()
@@ -222,8 +244,8 @@ void SessionListModel::scheduleRefresh()
     for (const SessionPtr &session : m_services.sessionManager.sessions()) {
         if (!session->isAlive())
             continue;
-        rest = std::min({ rest, timeAgoTextLasts(session->lastUpdated(), now),
-                          attentionHoldLeft(*session, now).value_or(longestRest) });
+        rest =
+            std::min({ rest, timeAgoTextLasts(session->lastUpdated(), now), holdLeft(*session).value_or(longestRest) });
     }
     m_refreshTimer =
         m_services.scheduler.after(std::chrono::ceil<std::chrono::milliseconds>(rest), [this] { refresh(); });

@@ -11,6 +11,8 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <chrono>
+#include <functional>
+#include <optional>
 
 namespace vantry {
 
@@ -103,7 +105,11 @@ private:
     [[nodiscard]] QList<SessionRowFacts> currentRows() const;
     [[nodiscard]] SessionRowFacts factsOf(const SessionPtr &session) const;
     void setCounts(const QList<SessionRowFacts> &rows);
-    void announceWaiting();
+    /// Notes which sessions wait and which have ceased to. Gives what to announce.
+    QStringList followWaiting();
+    /// How long the session still stays among those that need attention although it no longer does; nothing when it
+    /// doesn't stay.
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> holdLeft(const VantrySession &session) const;
     void scheduleRefresh();
     [[nodiscard]] SessionPtr aliveSession(const QString &sessionID) const;
     /// The session, if its request, or question, is the one that its row shows, Allow hasn't been pressed, and the
@@ -119,8 +125,9 @@ private:
     QHash<QString, QString> m_allowed; ///< The request for which Allow was pressed, by session.
     QString m_lastAnswered;            ///< The session that was answered from here last, and when.
     MonotonicTime m_lastAnswerAt {};
-    QSet<QString> m_waiting;       ///< Sessions that wait for the user.
-    ScheduledTimer m_refreshTimer; ///< For the next change that comes with time alone; idle while invisible.
+    QSet<QString> m_waiting;                 ///< Sessions that wait for the user.
+    QHash<QString, MonotonicTime> m_answers; ///< When sessions have ceased to wait, as long as it matters.
+    ScheduledTimer m_refreshTimer;           ///< For the next change that comes with time alone; idle while invisible.
     bool m_isVisible { false };
     int m_attentionCount { 0 };
     int m_readyCount { 0 };

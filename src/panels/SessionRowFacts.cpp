@@ -18,6 +18,13 @@ struct Texts
     Q_DECLARE_TR_FUNCTIONS(SessionRowFacts)
 };
 
+SessionSection sectionOf(const VantrySession &session, bool isHeld)
+{
+    if (session.needsAttention() || isHeld)
+        return SessionSection::Attention;
+    return session.state() == SessionState::ready ? SessionSection::Ready : SessionSection::Working;
+}
+
 SessionListModel::Icon iconOf(const VantrySession &session, SessionSection section)
 {
     switch (session.state()) {
@@ -128,20 +135,6 @@ QString sectionName(SessionSection section)
     return {};
 }
 
-SessionSection sectionOf(const VantrySession &session, Date now)
-{
-    if (session.needsAttention() || attentionHoldLeft(session, now))
-        return SessionSection::Attention;
-    return session.state() == SessionState::ready ? SessionSection::Ready : SessionSection::Working;
-}
-
-std::optional<std::chrono::nanoseconds> attentionHoldLeft(const VantrySession &session, Date now)
-{
-    if (session.needsAttention() || !session.lastAttentionDate() || now - *session.lastAttentionDate() >= attentionHold)
-        return std::nullopt;
-    return *session.lastAttentionDate() + attentionHold - now;
-}
-
 QString lineCountText(QChar sign, int count)
 {
     constexpr int shortened = 10'000;
@@ -152,12 +145,12 @@ QString lineCountText(QChar sign, int count)
     return sign + QString::number(count / 1'000) + u'k';
 }
 
-SessionRowFacts SessionRowFacts::of(const SessionPtr &session, const SessionCallbacks &callbacks, Date now,
-                                    const QString &allowed)
+SessionRowFacts SessionRowFacts::of(const SessionPtr &session, const SessionCallbacks &callbacks,
+                                    const Context &context)
 {
     SessionRowFacts facts;
     facts.id = session->id();
-    facts.section = sectionOf(*session, now);
+    facts.section = sectionOf(*session, context.isHeld);
     facts.name = session->displayName();
     facts.branch = session->gitBranch().value_or(QString());
     facts.linesAdded = std::max(0, session->gitLinesAdded().value_or(0));
@@ -165,7 +158,7 @@ SessionRowFacts SessionRowFacts::of(const SessionPtr &session, const SessionCall
     if (session->contextPercent())
         facts.contextUsed = 100 - *session->contextPercent();
     facts.icon = iconOf(*session, facts.section);
-    facts.elapsedText = session->elapsedText(now);
+    facts.elapsedText = session->elapsedText(context.now);
     facts.showsPermission = session->state() == SessionState::needsPermission && session->toolName();
     facts.showsQuestion = session->state() == SessionState::hasQuestion;
     if (facts.showsPermission) {
@@ -173,7 +166,7 @@ SessionRowFacts SessionRowFacts::of(const SessionPtr &session, const SessionCall
         facts.toolDetail = firstMeaningfulLine(session->toolDetail().value_or(QString())).value_or(QString());
         facts.hasAlwaysAllow = callbacks.hasAlwaysAllowSuggestions(session);
         facts.request = requestOf(session, callbacks);
-        facts.allowPressed = facts.request == allowed;
+        facts.allowPressed = facts.request == context.allowed;
     } else {
         facts.statusLine = statusLineOf(*session);
     }

@@ -9,23 +9,13 @@
 #include <QStringList>
 #include <QVariant>
 
-#include <chrono>
-#include <optional>
-
 namespace vantry {
-
-/// How long a session stays among those that need attention after it has asked for it last.
-inline constexpr std::chrono::seconds attentionHold { 3 };
 
 /// The list's sections, in their order.
 enum class SessionSection { Attention, Ready, Working };
 
 /// "attention", "ready", "working".
 [[nodiscard]] QString sectionName(SessionSection section);
-/// Where an alive session stands in the list.
-[[nodiscard]] SessionSection sectionOf(const VantrySession &session, Date now);
-/// How long it still stands among those that need attention although it no longer does; nothing when it doesn't.
-[[nodiscard]] std::optional<std::chrono::nanoseconds> attentionHoldLeft(const VantrySession &session, Date now);
 /// "+12", from 10,000 on "+12k"; empty when there is nothing to count.
 [[nodiscard]] QString lineCountText(QChar sign, int count);
 
@@ -54,9 +44,15 @@ struct SessionRowFacts
     /// Tells the permission request that is shown from others; no role. Empty: none is shown.
     QString request;
 
-    /// `allowed` is the request of the session for which Allow was pressed, if any.
-    [[nodiscard]] static SessionRowFacts of(const SessionPtr &session, const SessionCallbacks &callbacks, Date now,
-                                            const QString &allowed);
+    /// What the list knows of a row beside its session.
+    struct Context
+    {
+        Date now;
+        bool isHeld { false }; ///< Stays among those that need attention for a while, although it no longer does.
+        QString allowed {};    ///< The request for which Allow was pressed, if any.
+    };
+    [[nodiscard]] static SessionRowFacts of(const SessionPtr &session, const SessionCallbacks &callbacks,
+                                            const Context &context);
 
     [[nodiscard]] QVariant value(int role) const;
 };
