@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.Style
 
 /// A large button with a symbol, what it does, and what that means.
-ListRow {
+T.Button {
     id: root
 
     property string symbol
@@ -14,12 +15,21 @@ ListRow {
 
     implicitHeight: Tokens.actionRowHeight
     text: qsTr("%1, %2").arg(title).arg(subtitle)
-    Accessible.role: Accessible.Button
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     background: RaisedSurface {
         hovered: root.hovered
         pressed: root.down
     }
 
+    FocusRing {
+        inside: true
+        targetRadius: Tokens.radiusRow
+    }
     Symbol {
         id: picture
 

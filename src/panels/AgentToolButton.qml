@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.Style
 
 /// An agent to choose. One that can't be chosen yet says "soon".
-ListRow {
+T.RadioButton {
     id: root
 
     required property string symbol
@@ -13,11 +14,16 @@ ListRow {
     readonly property color color: isSelected ? Theme.text : Theme.text3
 
     implicitHeight: Tokens.pickerRowHeight
-    hoverEnabled: isSelectable
     text: isSelectable ? title : qsTr("%1, soon").arg(title)
-    Accessible.role: Accessible.RadioButton
+    checkable: false
+    checked: isSelected
+    hoverEnabled: isSelectable
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Accessible.checkable: true
-    Accessible.checked: isSelected
     background: RaisedSurface {
         hovered: root.hovered && !root.isSelected
         restColor: root.isSelected ? Theme.raised : Theme.bg
@@ -25,6 +31,10 @@ ListRow {
         border.color: root.isSelected ? Theme.ink : Theme.line
     }
 
+    FocusRing {
+        inside: true
+        targetRadius: Tokens.radiusRow
+    }
     Row {
         anchors.centerIn: parent
         spacing: Tokens.sp6

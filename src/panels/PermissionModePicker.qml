@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.Panels
 import Vantry.Style
 
@@ -8,7 +9,7 @@ Rectangle {
 
     required property ProjectDetailModel model
 
-    implicitHeight: closed.height + modes.height
+    implicitHeight: Tokens.pickerRowHeight + modes.height
     radius: Tokens.radiusRow
     color: Theme.raised
     border.width: Tokens.borderWidth
@@ -21,21 +22,37 @@ Rectangle {
         }
     }
 
-    ListRow {
+    T.Button {
         id: closed
 
-        width: parent.width
-        implicitHeight: Tokens.pickerRowHeight
+        x: 1
+        y: 1
+        width: parent.width - 2 * x
+        implicitHeight: Tokens.pickerRowHeight - 2 * y
         text: root.model.selectedModeTitle
-        Accessible.role: Accessible.ComboBox
+        hoverEnabled: true
+        focusPolicy: Qt.StrongFocus
         Accessible.name: qsTr("Mode, %1").arg(text)
+        Accessible.onPressAction: clicked()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
         onClicked: root.model.modesExpanded = !root.model.modesExpanded
+        background: RaisedSurface {
+            border.width: 0
+            hovered: closed.hovered
+            pressed: closed.down
+        }
+
+        FocusRing {
+            inside: true
+            targetRadius: root.radius
+        }
 
         Symbol {
             id: symbol
 
             anchors.left: parent.left
-            anchors.leftMargin: Tokens.sp12
+            anchors.leftMargin: Tokens.sp12 - 1
             anchors.verticalCenter: parent.verticalCenter
             name: root.model.selectedModeSymbol
             color: root.model.selectedModeIsWarning ? Qt.alpha(Theme.bypass, 0.7) : Theme.text2
@@ -54,7 +71,7 @@ Rectangle {
             id: chevron
 
             anchors.right: parent.right
-            anchors.rightMargin: Tokens.sp12 + Tokens.sp2
+            anchors.rightMargin: Tokens.sp12 + 1
             anchors.verticalCenter: parent.verticalCenter
             name: "chevron.down"
             size: Tokens.iconTiny
@@ -64,7 +81,7 @@ Rectangle {
     Item {
         id: modes
 
-        anchors.top: closed.bottom
+        y: Tokens.pickerRowHeight - 1
         width: parent.width
         height: root.model.modesExpanded ? list.height + Tokens.sp2 : 0
         clip: true

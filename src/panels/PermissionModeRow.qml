@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.Style
 
 /// A mode to choose.
-ListRow {
+T.RadioButton {
     id: root
 
     required property string symbol
@@ -13,12 +14,25 @@ ListRow {
     required property bool isWarning
 
     implicitHeight: Tokens.modeRowHeight
-    radius: 0
     text: qsTr("%1, %2").arg(title).arg(subtitle)
-    Accessible.role: Accessible.RadioButton
+    checkable: false
+    checked: isSelected
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Accessible.checkable: true
-    Accessible.checked: isSelected
+    background: ControlSurface {
+        hovered: root.hovered
+        pressed: root.down
+    }
 
+    FocusRing {
+        inside: true
+        targetRadius: 0
+    }
     Symbol {
         id: picture
 

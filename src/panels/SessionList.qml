@@ -13,8 +13,6 @@ ListView {
     required property bool animated
     /// The first section's header has left the view.
     readonly property bool isScrolled: count > 0 && contentY > originY + headerItem.height
-    /// Of the row under the header that sticks to the top edge.
-    readonly property string topSection: isScrolled ? sectionAt(contentY + stickyHeader.height, [sessions.attentionCount, sessions.readyCount]) : ""
 
     signal newSessionRequested
     signal opened(string sessionID)
@@ -22,17 +20,18 @@ ListView {
     /// Tab goes out of the list.
     signal tabbedOut(bool forward)
 
-    /// A header of a section counts as its first row. What the answer depends on besides is given, too.
-    function sectionAt(y: real, dependencies: var): string {
-        const row = itemAt(0, y) ?? itemAt(0, y + Tokens.sectionHeaderHeight);
-        return row ? row.ListView.section : currentSection;
+    /// Where the header at the top edge stands: the next section's own header pushes it out.
+    function stickyPlace(): real {
+        const row = itemAt(0, contentY + stickyHeader.height) ?? itemAt(0, contentY + stickyHeader.height + Tokens.sectionHeaderHeight);
+        const next = row && row.isFirst ? row.y - Tokens.sectionHeaderHeight - contentY : -1;
+        return next < 0 ? 0 : Math.min(0, next - stickyHeader.height);
     }
 
     /// Gives the focus to a row, or to the last control in it, and brings it out from under what lies over the edges.
     function focusRow(index: int, last: bool) {
         currentIndex = index;
         positionViewAtIndex(index, ListView.Contain);
-        const highest = currentItem.y - stickyHeader.height;
+        const highest = currentItem.y - (currentItem.isFirst ? Tokens.sectionHeaderHeight : stickyHeader.height);
         const lowest = currentItem.y + currentItem.height + fade.height - height;
         const end = originY + contentHeight - height;
         contentY = Math.max(originY, Math.min(highest, Math.max(contentY, Math.min(lowest, end))));
@@ -62,6 +61,20 @@ ListView {
             focusRow(next, !forward);
     }
 
+    // A row that comes and is moved at once is shown in full, too.
+    component RowMove: Transition {
+        NumberAnimation {
+            property: "y"
+            duration: Tokens.rowMoveMs
+            easing.type: Easing.OutCubic
+        }
+        NumberAnimation {
+            property: "opacity"
+            to: 1
+            duration: Tokens.rowMoveMs
+        }
+    }
+
     clip: true
     model: sessions
     currentIndex: -1
@@ -81,6 +94,34 @@ ListView {
     }
     // The next row takes the focus of one that has left.
     onCurrentItemChanged: if (activeFocus && currentItem) currentItem.showFocus()
+
+    add: Transition {
+        enabled: root.animated
+
+        NumberAnimation {
+            property: "opacity"
+            from: 0
+            to: 1
+            duration: Tokens.rowMoveMs
+            easing.type: Easing.OutCubic
+        }
+    }
+    remove: Transition {
+        enabled: root.animated
+
+        NumberAnimation {
+            property: "opacity"
+            to: 0
+            duration: Tokens.rowMoveMs
+            easing.type: Easing.OutCubic
+        }
+    }
+    move: RowMove {
+        enabled: root.animated
+    }
+    displaced: RowMove {
+        enabled: root.animated
+    }
 
     header: FocusScope {
         width: root.width
@@ -115,6 +156,7 @@ ListView {
     Rectangle {
         id: stickyHeader
 
+        y: root.isScrolled ? root.stickyPlace() : 0
         width: root.width
         height: Tokens.sectionHeaderHeight + Tokens.sp2
         visible: root.isScrolled
@@ -125,7 +167,7 @@ ListView {
             anchors.fill: parent
             sourceComponent: SessionSectionHeader {
                 sessions: root.sessions
-                section: root.topSection
+                section: root.currentSection
             }
         }
         Hairline {

@@ -35,6 +35,8 @@ FocusScope {
 
     readonly property real topPadding: isAttention ? Tokens.sp6 : Tokens.sp4
     readonly property real bottomPadding: hasButtons ? 7 : isAttention ? Tokens.sp8 : Tokens.sp6
+    /// Stands under the header of its section.
+    readonly property bool isFirst: ListView.section !== ListView.previousSection
     readonly property bool hasButtons: showsPermission || showsQuestion
     readonly property Item lastControl: hasButtons ? buttons.item.last : more
 
