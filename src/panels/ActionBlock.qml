@@ -18,10 +18,10 @@ Card {
     verticalPadding: Tokens.sp8
     kind: Card.Tint
     visible: isPermission || isQuestion
-    Accessible.role: Accessible.AlertMessage
-    Accessible.name: isPermission ? qsTr("Permission needed. %1 %2").arg(model.toolName).arg(model.toolInput) : qsTr("Claude is asking a question")
 
     contentItem: Loader {
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: root.isPermission ? qsTr("Permission needed. %1 %2").arg(root.model.toolName).arg(root.model.toolInput) : qsTr("Claude is asking a question")
         sourceComponent: root.isPermission ? permission : root.isQuestion ? question : null
     }
 

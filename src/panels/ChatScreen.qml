@@ -25,16 +25,17 @@ FocusScope {
         onActivated: root.model.deny()
     }
     Repeater {
-        model: 9
+        model: ["Alt+1", "Alt+2", "Alt+3", "Alt+4", "Alt+5", "Alt+6", "Alt+7", "Alt+8", "Alt+9"]
 
         Item {
             id: optionKey
 
             required property int index
+            required property string modelData
 
             Shortcut {
                 enabled: root.enabled && action.isQuestion && root.model.canAnswer
-                sequence: "Alt+" + (optionKey.index + 1)
+                sequence: optionKey.modelData
                 onActivated: root.model.answer(optionKey.index)
             }
         }

@@ -68,8 +68,9 @@ ScrollColumn {
                         Accessible.description: modelData.description
                         onClicked: root.model.answer(index)
 
+                        // An elided label has a tooltip of its own.
                         HoverTip {
-                            text: option.modelData.description
+                            text: option.implicitWidth > option.width ? "" : option.modelData.description
                             focused: option.visualFocus
                         }
                     }
