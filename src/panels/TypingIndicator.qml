@@ -15,7 +15,7 @@ Item {
     Row {
         id: dots
 
-        property real phase: 0
+        property real phase
 
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
