@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/OverlayWindows.h"
+
+#include <cstdint>
+
+namespace vantry {
+
+/// Windows of an X server, also of the one beside a Wayland desktop. It talks over the toolkit's own connection, to a
+/// server that the toolkit waits for all the time anyway. On Wayland alone nothing of this can be done. Main thread
+/// only.
+class LinuxOverlayWindows final : public OverlayWindows
+{
+public:
+    /// After the application object.
+    LinuxOverlayWindows();
+
+    [[nodiscard]] bool canPlace() const override;
+    [[nodiscard]] bool hasCompositor() const override;
+    [[nodiscard]] bool seesPointer() const override;
+    [[nodiscard]] std::optional<WindowID> activeWindow() const override;
+    void setUpOverlay(QWindow &window) override;
+    void setInputArea(QWindow &window, const QRect &area) override;
+    void takeFocus(QWindow &window) override;
+    void giveFocus(WindowID window) override;
+
+private:
+    std::uint32_t m_root { 0 };
+    std::uint32_t m_activeWindow { 0 }; ///< Atoms from here on; 0 without X11.
+    std::uint32_t m_compositor { 0 };
+    std::uint32_t m_desktop { 0 };
+    std::uint32_t m_state { 0 };
+    std::uint32_t m_skipTaskbar { 0 };
+    std::uint32_t m_skipPager { 0 };
+};
+
+} // namespace vantry

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/linux/X11Connection.h"
+
+#include <string_view>
+
+namespace vantry::toolkitX11 {
+
+// The X server that the toolkit draws by. Main thread only, after the application object.
+
+/// The toolkit's own connection; null where it doesn't draw by X11.
+[[nodiscard]] xcb_connection_t *connection();
+/// The atom of this name, which is made where it is missing; XCB_ATOM_NONE when the connection is lost.
+[[nodiscard]] xcb_atom_t atom(std::string_view name);
+/// The window that owns the selection; XCB_NONE when nobody does.
+[[nodiscard]] xcb_window_t ownerOf(xcb_atom_t selection);
+
+} // namespace vantry::toolkitX11
