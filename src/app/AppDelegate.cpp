@@ -67,6 +67,19 @@ void AppDelegate::quitApp()
     QCoreApplication::quit();
 }
 
+void AppDelegate::openSettings()
+{
+    if (m_scene.openSettings)
+        m_scene.openSettings();
+}
+
+void AppDelegate::setScene(const Scene &scene)
+{
+    m_scene = scene;
+    m_control.onShowPanel = scene.showApp;
+    m_control.onShowSettings = scene.openSettings;
+}
+
 void AppDelegate::connectHookIntake()
 {
     m_httpServer.onPermissionRequest = [this](const HookEvent &event, HookConnectionPtr connection) {
@@ -147,6 +160,7 @@ SessionCallbacks AppDelegate::sessionCallbacks()
                     log.write(u"AppDelegate: a link can't be opened: "_s + *failure);
             });
     };
+    callbacks.openSettingsWindow = [this] { openSettings(); };
     callbacks.quit = [this] { quitApp(); };
     return callbacks;
 }

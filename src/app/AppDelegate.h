@@ -72,11 +72,25 @@ public:
     void applicationWillTerminate();
     /// Terminates the application.
     void quitApp();
+    /// Opens the settings' window, where there are windows.
+    void openSettings();
+
+    /// What shows windows; all unset without any.
+    struct Scene
+    {
+        std::function<void()> showApp {};
+        std::function<void()> openSettings {};
+    };
+    /// Before the application is asked for windows; an empty one before the scene goes.
+    void setScene(const Scene &scene);
 
     [[nodiscard]] HTTPHookServer &httpServer() { return m_httpServer; }
     [[nodiscard]] PendingPermissionStore &pendingPermissions() { return m_pendingPermissions; }
     [[nodiscard]] SessionManager &sessionManager() { return m_sessionManager; }
     [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
+    [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
+    [[nodiscard]] Defaults &defaults() { return m_defaults; }
+    [[nodiscard]] Log &log() { return m_log.general(); }
     /// What the panel works with; lives as long as this.
     [[nodiscard]] PanelServices panelServices();
     /// What the panel may do and ask; lives as long as this.
@@ -113,6 +127,7 @@ private:
     std::optional<TranscriptReader> m_transcriptReader;
     SessionChanges m_sessionChanges { m_sessionManager, m_ports.mainQueue };
     ControlService m_control;
+    Scene m_scene;
     ScheduledTimer m_livenessTimer;
     ScheduledTimer m_cleanupTimer;
 };

@@ -4,13 +4,18 @@
 #include "app/Platform.h"
 #include "app/SignalHandler.h"
 #include "app/SingleInstance.h"
+#include "app/VantryApp.h"
 #include "base/Subprocess.h"
+#include "panels/MenuBarViewModel.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEventLoop>
+#include <QQuickWindow>
+#include <QSessionManager>
 
 namespace vantry {
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -55,9 +60,51 @@ std::optional<int> giveWayToOther(SingleInstance &instance, const Paths &paths, 
     return failToReachOther(console);
 }
 
+/// The windows, and what of the desktop they need. They end before the services.
+class Scene
+{
+public:
+    Scene(AppDelegate &delegate, const Clock &clock, Scheduler &scheduler)
+        : m_statusItem(platform::makeStatusItem(scheduler))
+        , m_overlays(platform::makeOverlayWindows())
+        , m_preferences(platform::makeDesktopPreferences(delegate.log()))
+        , m_app(delegate, { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences }, [&delegate] {
+            return std::make_unique<MenuBarViewModel>(delegate.panelServices(), delegate.sessionCallbacks());
+        })
+    {}
+
+private:
+    const std::unique_ptr<StatusItem> m_statusItem;
+    const std::unique_ptr<OverlayWindows> m_overlays;
+    const std::unique_ptr<DesktopPreferences> m_preferences;
+    VantryApp m_app;
+};
+
 } // namespace
 
-int runApplication(const command::Start &start, Console &console)
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, const command::Start &start, Console &console)
+{
+    if (start.windows == command::Start::Windows::None)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    if (!platform::chooseWindowSystem()) {
+        console.printError(platform::hasDisplay()
+                               ? "the display does not answer, running headless"
+                               : "there is no display (DISPLAY and WAYLAND_DISPLAY are unset), running headless");
+        return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    // Three times lighter than drawing by OpenGL, and there before it; the pictures are the same.
+    if (qEnvironmentVariable("VANTRY_RENDERER") != u"opengl")
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    // Starting it at login is the user's to decide; a second start would open the panel.
+    QObject::connect(application.get(), &QGuiApplication::saveStateRequest,
+                     [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); });
+    QGuiApplication::setDesktopFileName(u"com.vantry.app"_s);
+    return application;
+}
+
+int runApplication(Console &console)
 {
     raiseOpenFileLimit();
     const Paths paths = Paths::fromEnvironment();
@@ -80,11 +127,13 @@ int runApplication(const command::Start &start, Console &console)
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);
 
-    if (start.windows == command::Start::Windows::WhereThereIsADisplay && !platform::hasDisplay())
-        console.printError("there is no display (DISPLAY and WAYLAND_DISPLAY are unset), running headless");
     const SignalHandler endingSignals([] { QCoreApplication::quit(); });
+    std::optional<Scene> scene;
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        scene.emplace(delegate, clock, scheduler);
     delegate.applicationDidFinishLaunching();
     const int code = QCoreApplication::exec();
+    scene.reset();
     delegate.applicationWillTerminate();
     return code;
 }

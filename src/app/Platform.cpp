@@ -7,13 +7,18 @@
 #include "platform/linux/KonsoleDriver.h"
 #include "platform/linux/LinkOpener.h"
 #include "platform/linux/LinuxApplications.h"
+#include "platform/linux/LinuxDesktopPreferences.h"
 #include "platform/linux/LinuxListeningPorts.h"
+#include "platform/linux/LinuxOverlayWindows.h"
 #include "platform/linux/LinuxPeerIdentity.h"
 #include "platform/linux/LinuxProcessTable.h"
 #include "platform/linux/LinuxScriptHost.h"
+#include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/TerminalEmulatorDriver.h"
 #include "platform/linux/TmuxDriver.h"
+#include "platform/linux/TrayHosts.h"
+#include "platform/linux/WindowSystem.h"
 #include "platform/linux/X11WindowDriver.h"
 
 namespace vantry::platform {
@@ -84,6 +89,31 @@ std::optional<QString> openUrl(const QUrl &url)
 bool hasDisplay()
 {
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+bool hasTray()
+{
+    return vantry::hasTray();
+}
+
+bool chooseWindowSystem()
+{
+    return vantry::chooseWindowSystem();
+}
+
+std::unique_ptr<StatusItem> makeStatusItem(Scheduler &scheduler)
+{
+    return std::make_unique<LinuxStatusItem>(scheduler);
+}
+
+std::unique_ptr<OverlayWindows> makeOverlayWindows()
+{
+    return std::make_unique<LinuxOverlayWindows>();
+}
+
+std::unique_ptr<DesktopPreferences> makeDesktopPreferences(Log &log)
+{
+    return std::make_unique<LinuxDesktopPreferences>(sessionBusAddress(), log);
 }
 
 } // namespace vantry::platform

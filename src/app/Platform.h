@@ -1,15 +1,20 @@
 #pragma once
 
+#include "base/DebugLog.h"
 #include "base/MainQueue.h"
 #include "base/Paths.h"
+#include "base/Scheduler.h"
 #include "base/WorkerPool.h"
 #include "platform/Applications.h"
 #include "platform/ControlClient.h"
 #include "platform/ControlEndpoint.h"
+#include "platform/DesktopPreferences.h"
 #include "platform/ListeningPorts.h"
+#include "platform/OverlayWindows.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
+#include "platform/StatusItem.h"
 #include "platform/TerminalDriver.h"
 
 #include <QString>
@@ -44,7 +49,17 @@ struct Terminals
 [[nodiscard]] std::optional<QString> agentHelp();
 /// Has the desktop open a URL; gives why it didn't. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> openUrl(const QUrl &url);
-/// Whether windows can be shown.
+/// Whether the environment names a display.
 [[nodiscard]] bool hasDisplay();
+/// Whether the desktop has a place for the icon.
+[[nodiscard]] bool hasTray();
+/// Makes the toolkit draw by the window system that answers, unless the user has chosen one. False when none does.
+/// Before the application object.
+[[nodiscard]] bool chooseWindowSystem();
+
+// These need the QApplication.
+[[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem(Scheduler &scheduler);
+[[nodiscard]] std::unique_ptr<OverlayWindows> makeOverlayWindows();
+[[nodiscard]] std::unique_ptr<DesktopPreferences> makeDesktopPreferences(Log &log);
 
 } // namespace vantry::platform

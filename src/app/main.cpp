@@ -31,7 +31,7 @@ public:
 
     int operator()(const command::Help &) { return print(helpText()); }
     int operator()(const command::Version &) { return print(u"vantry " VANTRY_VERSION "\n"_s); }
-    int operator()(const command::Start &start) { return runApplication(start, m_console); }
+    int operator()(const command::Start &) { return runApplication(m_console); }
     int operator()(const command::Status &status) { return runStatus(status, *client(), m_console, port); }
     int operator()(const command::Watch &watch)
     {
@@ -72,8 +72,15 @@ public:
         QtMainQueue mainQueue;
         const auto processes = platform::makeProcessTable(m_paths);
         const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
-        const DoctorChecks checks(
-            { m_paths, *running, *peers, *ports, {}, port, terminals.driverList(), platform::hasDisplay() });
+        const DoctorChecks checks({ m_paths,
+                                    *running,
+                                    *peers,
+                                    *ports,
+                                    {},
+                                    port,
+                                    terminals.driverList(),
+                                    platform::hasDisplay(),
+                                    platform::hasTray() });
         return printDoctor(doctor, checks.all(), m_console);
     }
     int operator()(const command::Show &) { return runShow(*client(), m_console); }
@@ -108,6 +115,15 @@ QStringList argumentsOf(int argc, char **argv)
     return arguments;
 }
 
+std::unique_ptr<QCoreApplication> makeApplicationFor(const Command &command, int &argc, char **argv, Console &console)
+{
+    if (std::holds_alternative<command::Help>(command) || std::holds_alternative<command::Version>(command))
+        return nullptr;
+    if (const auto *start = std::get_if<command::Start>(&command))
+        return makeApplication(argc, argv, *start, console);
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -123,9 +139,7 @@ int main(int argc, char **argv)
         return exitCode::usage;
     }
     const auto &command = std::get<Command>(parsed);
-    std::optional<QCoreApplication> application;
-    if (!std::holds_alternative<command::Help>(command) && !std::holds_alternative<command::Version>(command))
-        application.emplace(argc, argv);
+    const auto application = makeApplicationFor(command, argc, argv, console);
     const int code = std::visit(Runner(console), command);
     return console.hasFailed() ? exitCode::refused : code;
 }

@@ -75,7 +75,7 @@ TEST_F(Doctor, looksAtEverythingOnce)
 
     EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
                                     u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"terminals"_s }));
+                                    u"display"_s, u"tray"_s, u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)
@@ -275,6 +275,22 @@ TEST_F(DoctorOfTerminals, wantADisplay)
     EXPECT_TRUE(withTerminals.display().ok);
     EXPECT_FALSE(checks.display().ok);
     EXPECT_EQ(checks.display().weight, Weight::Helpful);
+}
+
+TEST_F(Doctor, tellsHowToGetATray)
+{
+    const DoctorChecks withTray({ .paths = paths,
+                                  .client = client,
+                                  .peers = peers,
+                                  .ports = ports,
+                                  .port = freePort,
+                                  .hasDisplay = true,
+                                  .hasTray = true });
+
+    EXPECT_TRUE(withTray.tray().ok);
+    EXPECT_FALSE(checks.tray().ok);
+    EXPECT_TRUE(checks.tray().advice->contains(u"gnome-shell-extension-appindicator"));
+    EXPECT_EQ(checks.tray().weight, Weight::Helpful);
 }
 
 const QList<DoctorCheck> report { { u"bus"_s, true, u"fine"_s, {}, Weight::Helpful },

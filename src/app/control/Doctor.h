@@ -49,6 +49,7 @@ public:
         std::uint16_t port;
         std::vector<TerminalDriver *> terminals {};
         bool hasDisplay { false };
+        bool hasTray { false };
     };
 
     explicit DoctorChecks(const Surroundings &surroundings)
@@ -69,6 +70,7 @@ public:
     [[nodiscard]] DoctorCheck log() const;
     [[nodiscard]] DoctorCheck peerIdentity() const;
     [[nodiscard]] DoctorCheck display() const;
+    [[nodiscard]] DoctorCheck tray() const;
     /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
     /// can't be.
     [[nodiscard]] QList<DoctorCheck> terminals() const;

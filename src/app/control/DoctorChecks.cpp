@@ -128,8 +128,8 @@ std::optional<TerminalDriver::Problem> terminalProblem(const SessionRow &session
 
 QList<DoctorCheck> DoctorChecks::all() const
 {
-    return QList { application(), listener(), sessionBus(), hook(), python(),       agent(),
-                   git(),         database(), dataFolder(), log(),  peerIdentity(), display() } +
+    return QList { application(), listener(),   sessionBus(), hook(),         python(),  agent(), git(),
+                   database(),    dataFolder(), log(),        peerIdentity(), display(), tray() } +
            terminals();
 }
 
@@ -321,6 +321,17 @@ DoctorCheck DoctorChecks::display() const
         check.ok ? u"Windows can be brought forward"_s : u"There is no display, so no window can be brought forward"_s;
     if (!check.ok)
         check.advice = u"Start Vantry within your desktop's session: DISPLAY and WAYLAND_DISPLAY are unset here"_s;
+    return check;
+}
+
+DoctorCheck DoctorChecks::tray() const
+{
+    DoctorCheck check { .name = u"tray"_s, .ok = m_surroundings.hasTray };
+    check.detail = check.ok ? u"The desktop has a tray for Vantry's icon"_s
+                            : u"There is no tray, so Vantry has no icon; \"vantry show\" opens the panel"_s;
+    if (!check.ok)
+        check.advice = u"On GNOME, install gnome-shell-extension-appindicator and turn it on; elsewhere, add a tray to "
+                       "the desktop's bar"_s;
     return check;
 }
 

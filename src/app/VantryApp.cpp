@@ -1,0 +1,140 @@
+#include "app/VantryApp.h"
+
+#include "app/AppDelegate.h"
+#include "panels/MenuBarViewModel.h"
+
+#include <QCursor>
+
+namespace vantry {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePanel)
+    : m_delegate(delegate)
+    , m_ports(ports)
+    , m_makePanel(std::move(makePanel))
+    , m_appearance(ports.preferences)
+    , m_windows(ports.overlays)
+    , m_menuBarExtra(
+          { ports.statusItem, delegate.sessionManager(), delegate.sessionChanges(), m_appearance },
+          { .showApp = [this] { showApp(); }, .checkForUpdates = {}, .quitApp = [this] { m_delegate.quitApp(); } })
+{
+    m_ports.statusItem.onClick = [this] { statusItemClicked(); };
+    m_ports.statusItem.onNoTray = [this] { sayThatThereIsNoTray(); };
+    m_windows.declare(settingsWindow, [this] { return makeSettingsWindow(); });
+    m_delegate.setScene({ .showApp = [this] { showApp(); }, .openSettings = [this] { openSettings(); } });
+    connect(&m_delegate.defaults(), &Defaults::changed, this, &VantryApp::defaultsChanged);
+    m_statusItemSetUp = m_ports.scheduler.after(500ms, [this] {
+        if (!showsMenuBar(displayMode(m_delegate.defaults())))
+            m_ports.statusItem.setVisible(false);
+    });
+}
+
+VantryApp::~VantryApp()
+{
+    m_delegate.setScene({});
+    m_ports.statusItem.onClick = {};
+    m_ports.statusItem.onNoTray = {};
+}
+
+void VantryApp::showApp()
+{
+    openPanel(anchor());
+}
+
+void VantryApp::openSettings()
+{
+    m_windows.open(settingsWindow);
+}
+
+bool VantryApp::isPopoverVisible() const
+{
+    return m_panel && m_panel->isKey();
+}
+
+void VantryApp::statusItemClicked()
+{
+    switch (m_toggle.clicked(m_panel && m_panel->isOpen(), m_ports.clock.monotonicNow())) {
+    case PopoverToggle::Action::Open:
+        m_lastClick = pointer();
+        openPanel(anchor());
+        break;
+    case PopoverToggle::Action::Close:
+        m_panel->close(PanelWindow::Closing::ByUser);
+        break;
+    case PopoverToggle::Action::Nothing:
+        break;
+    }
+}
+
+void VantryApp::openPanel(const PanelAnchor &anchor)
+{
+    if (!m_panel) {
+        m_model = m_makePanel();
+        m_panel = std::make_unique<PanelWindow>(
+            PanelWindow::Surroundings { engine(), *m_model, m_appearance, m_ports.overlays });
+        connect(m_panel.get(), &PanelWindow::keyChanged, this, &VantryApp::popoverVisibleChanged);
+        connect(m_panel.get(), &PanelWindow::lostFocus, this,
+                [this] { m_toggle.closedByLosingFocus(m_ports.clock.monotonicNow()); });
+    }
+    const bool isPopover = m_ports.statusItem.hasTray() && m_ports.overlays.canPlace();
+    m_panel->open(isPopover ? PanelWindow::Form::Popover : PanelWindow::Form::Window, anchor);
+    triggerOnboarding();
+}
+
+PanelAnchor VantryApp::anchor() const
+{
+    return { m_ports.statusItem.frame(), m_lastClick };
+}
+
+std::optional<QPoint> VantryApp::pointer() const
+{
+    return m_ports.overlays.seesPointer() ? std::optional(QCursor::pos()) : std::nullopt;
+}
+
+void VantryApp::defaultsChanged()
+{
+    const DisplayMode mode = displayMode(m_delegate.defaults());
+    if (m_lastDisplayMode == mode)
+        return;
+    m_lastDisplayMode = mode;
+    m_ports.statusItem.setVisible(showsMenuBar(mode));
+}
+
+void VantryApp::triggerOnboarding()
+{
+    if (m_didTriggerOnboarding || m_delegate.defaults().boolean(u"hasCompletedOnboarding"_s, false))
+        return;
+    m_didTriggerOnboarding = true;
+    m_windows.open(onboardingWindow);
+}
+
+void VantryApp::sayThatThereIsNoTray()
+{
+    m_delegate.log().write("VantryApp: no tray for the icon yet; \"vantry show\" opens the panel");
+}
+
+QQmlEngine &VantryApp::engine()
+{
+    if (!m_engine) {
+        m_engine = std::make_unique<QQmlEngine>();
+        m_appearance.install(*m_engine);
+    }
+    return *m_engine;
+}
+
+std::unique_ptr<QQuickView> VantryApp::makeSettingsWindow()
+{
+    constexpr QSize smallest(440, 480);
+    const QSize size = (QSizeF(smallest) * m_appearance.preferences().textScale).toSize();
+    auto view = std::make_unique<QQuickView>(&engine(), nullptr);
+    view->setTitle(tr("Settings"));
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setMinimumSize(size);
+    view->resize(size);
+    view->setSource(QUrl(u"qrc:/qt/qml/Vantry/App/SettingsView.qml"_s));
+    return view;
+}
+
+} // namespace vantry

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "app/DisplayMode.h"
+#include "app/MenuBarExtra.h"
+#include "app/PanelWindow.h"
+#include "app/PopoverToggle.h"
+#include "app/WindowRegistry.h"
+#include "base/Scheduler.h"
+#include "platform/DesktopPreferences.h"
+#include "platform/OverlayWindows.h"
+#include "platform/StatusItem.h"
+#include "style/Appearance.h"
+
+#include <QObject>
+#include <QQmlEngine>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace vantry {
+
+class AppDelegate;
+class MenuBarViewModel;
+
+/// The program's scene: the tray icon, the panel that it opens, and the windows by id. No view is loaded before the
+/// first opening of one. Ends before the services. Main thread only; needs the QApplication.
+class VantryApp final : public QObject
+{
+    Q_OBJECT
+    /// The popover is open and has the focus.
+    Q_PROPERTY(bool isPopoverVisible READ isPopoverVisible NOTIFY popoverVisibleChanged)
+
+public:
+    /// Ids of the windows.
+    static constexpr QLatin1StringView settingsWindow { "settings" };
+    static constexpr QLatin1StringView onboardingWindow { "onboarding" };
+
+    /// All of these must outlive this.
+    struct Ports
+    {
+        const Clock &clock;
+        Scheduler &scheduler;
+        StatusItem &statusItem;
+        OverlayWindows &overlays;
+        DesktopPreferences &preferences;
+    };
+
+    using MakePanel = std::function<std::unique_ptr<MenuBarViewModel>()>;
+
+    /// Shows the tray icon. `makePanel` is called once, at the first opening of the panel. Before the delegate has
+    /// finished launching.
+    VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePanel);
+    ~VantryApp() override;
+
+    /// Opens the panel, by the user's own act.
+    void showApp();
+    /// Opens the settings, or brings them forward.
+    void openSettings();
+    [[nodiscard]] WindowRegistry &windows() { return m_windows; }
+    /// Null before the first opening.
+    [[nodiscard]] PanelWindow *panel() { return m_panel.get(); }
+    [[nodiscard]] bool isPopoverVisible() const;
+
+Q_SIGNALS:
+    void popoverVisibleChanged(bool visible);
+
+private:
+    void statusItemClicked();
+    void openPanel(const PanelAnchor &anchor);
+    [[nodiscard]] PanelAnchor anchor() const;
+    [[nodiscard]] std::optional<QPoint> pointer() const;
+    void defaultsChanged();
+    void triggerOnboarding();
+    void sayThatThereIsNoTray();
+    [[nodiscard]] QQmlEngine &engine();
+    [[nodiscard]] std::unique_ptr<QQuickView> makeSettingsWindow();
+
+    AppDelegate &m_delegate;
+    const Ports m_ports;
+    const MakePanel m_makePanel;
+    Appearance m_appearance;
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<MenuBarViewModel> m_model;
+    std::unique_ptr<PanelWindow> m_panel;
+    WindowRegistry m_windows;
+    MenuBarExtra m_menuBarExtra;
+    PopoverToggle m_toggle;
+    std::optional<QPoint> m_lastClick; ///< Where the icon was, for trays that don't tell.
+    std::optional<DisplayMode> m_lastDisplayMode;
+    bool m_didTriggerOnboarding { false };
+    ScheduledTimer m_statusItemSetUp;
+};
+
+} // namespace vantry

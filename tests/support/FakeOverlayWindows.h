@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/OverlayWindows.h"
+
+#include <QList>
+#include <QRect>
+#include <QWindow>
+
+namespace vantry::test {
+
+/// A desktop that a test makes up.
+class FakeOverlayWindows final : public OverlayWindows
+{
+public:
+    [[nodiscard]] bool canPlace() const override { return places; }
+    [[nodiscard]] bool hasCompositor() const override { return compositor; }
+    [[nodiscard]] bool seesPointer() const override { return false; }
+    [[nodiscard]] std::optional<WindowID> activeWindow() const override { return active; }
+    void setUpOverlay(QWindow &) override { ++overlays; }
+    void setInputArea(QWindow &, const QRect &area) override { inputArea = area; }
+    void takeFocus(QWindow &window) override { window.requestActivate(); }
+    void giveFocus(WindowID window) override { focused.append(window); }
+
+    bool places { true };
+    bool compositor { false };
+    std::optional<WindowID> active;
+    int overlays { 0 };
+    QRect inputArea;
+    QList<WindowID> focused; ///< The windows that the focus was given to.
+};
+
+} // namespace vantry::test
