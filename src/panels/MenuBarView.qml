@@ -15,7 +15,7 @@ FocusScope {
 
     implicitWidth: model.panelWidth
     implicitHeight: model.panelHeight
-    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable
     LayoutMirroring.childrenInherit: true
     Keys.onEscapePressed: {
         model.back();
@@ -24,6 +24,8 @@ FocusScope {
             focusedControl.focusReason = Qt.TabFocusReason;
     }
 
+    // The components below are part of this file alone, and see what stands around them.
+    // qmllint disable unqualified
     component Slot: ScreenSlot {
         anchors.fill: parent
         currentScreen: root.model.screen

@@ -68,6 +68,8 @@ FocusScope {
         Accessible.name: qsTr("Projects")
         T.ScrollBar.vertical: ThinScrollBar {}
 
+        // The components below are part of this file alone, and see what stands around them.
+        // qmllint disable unqualified
         delegate: ProjectPickerRow {
             width: list.width
             isHighlighted: root.model.selectionIndex === index

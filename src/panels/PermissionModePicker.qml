@@ -116,6 +116,8 @@ Rectangle {
             Repeater {
                 model: root.model.modes
 
+                // The components below are part of this file alone, and see what stands around them.
+                // qmllint disable unqualified
                 PermissionModeRow {
                     required property int index
                     required property var modelData

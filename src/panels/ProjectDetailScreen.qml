@@ -50,6 +50,8 @@ FocusScope {
 
                     model: root.model.tools
 
+                    // The components below are part of this file alone, and see what stands around them.
+                    // qmllint disable unqualified
                     AgentToolButton {
                         required property int index
                         required property var modelData

@@ -33,6 +33,8 @@ FocusScope {
 
             model: root.options
 
+            // The components below are part of this file alone, and see what stands around them.
+            // qmllint disable unqualified
             Button {
                 required property int index
                 required property string modelData

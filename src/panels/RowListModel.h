@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QList>
 #include <QStringList>
+#include <QtQml/qqmlregistration.h>
 
 #include <utility>
 
@@ -17,6 +18,7 @@ namespace vantry {
 class RowListModel : public QAbstractListModel
 {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:

@@ -72,6 +72,8 @@ FocusScope {
         Accessible.name: qsTr("Sessions")
         T.ScrollBar.vertical: ThinScrollBar {}
 
+        // The components below are part of this file alone, and see what stands around them.
+        // qmllint disable unqualified
         header: Item {
             width: list.width
             height: Tokens.newSessionRowHeight

@@ -44,7 +44,7 @@ FocusScope {
         }
     }
 
-    SessionList {
+    SessionListView {
         id: list
 
         anchors.top: header.bottom

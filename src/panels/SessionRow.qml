@@ -38,7 +38,7 @@ FocusScope {
     /// Stands under the header of its section.
     readonly property bool isFirst: ListView.section !== ListView.previousSection
     readonly property bool hasButtons: showsPermission || showsQuestion
-    readonly property Item lastControl: hasButtons ? buttons.item.last : more
+    readonly property Item lastControl: (buttons.item as PermissionButtons)?.last ?? (buttons.item as QuestionButtons)?.last ?? more
 
     /// The row itself was pressed, or "View".
     signal opened
@@ -64,7 +64,7 @@ FocusScope {
 
     /// To the next control of the row, or the one before.
     function step(forward: bool) {
-        if (!(forward ? lastControl : card).activeFocus)
+        if (forward ? !lastControl.activeFocus : !card.activeFocus)
             Window.activeFocusItem.nextItemInFocusChain(forward).forceActiveFocus(Qt.TabFocusReason);
     }
 
@@ -188,6 +188,8 @@ FocusScope {
             sourceComponent: root.showsPermission ? permissionButtons : questionButtons
         }
     }
+    // The components below are part of this file alone, and see what stands around them.
+    // qmllint disable unqualified
     Component {
         id: permissionButtons
 

@@ -14,6 +14,8 @@ ListView {
     /// The first section's header has left the view.
     readonly property bool isScrolled: count > 0 && contentY > originY + headerItem.height
 
+    readonly property SessionRow currentRow: currentItem as SessionRow
+
     signal newSessionRequested
     signal opened(string sessionID)
     signal menuRequested(string sessionID, Item item, point position)
@@ -22,7 +24,8 @@ ListView {
 
     /// Where the header at the top edge stands: the next section's own header pushes it out.
     function stickyPlace(): real {
-        const row = itemAt(0, contentY + stickyHeader.height) ?? itemAt(0, contentY + stickyHeader.height + Tokens.sectionHeaderHeight);
+        const item = itemAt(0, contentY + stickyHeader.height) ?? itemAt(0, contentY + stickyHeader.height + Tokens.sectionHeaderHeight);
+        const row = item as SessionRow;
         const next = row && row.isFirst ? row.y - Tokens.sectionHeaderHeight - contentY : -1;
         return next < 0 ? 0 : Math.min(0, next - stickyHeader.height);
     }
@@ -31,14 +34,14 @@ ListView {
     function focusRow(index: int, last: bool) {
         currentIndex = index;
         positionViewAtIndex(index, ListView.Contain);
-        const highest = currentItem.y - (currentItem.isFirst ? Tokens.sectionHeaderHeight : stickyHeader.height);
-        const lowest = currentItem.y + currentItem.height + fade.height - height;
+        const highest = currentRow.y - (currentRow.isFirst ? Tokens.sectionHeaderHeight : stickyHeader.height);
+        const lowest = currentRow.y + currentRow.height + fade.height - height;
         const end = originY + contentHeight - height;
         contentY = Math.max(originY, Math.min(highest, Math.max(contentY, Math.min(lowest, end))));
         if (last)
-            currentItem.focusLast();
+            currentRow.focusLast();
         else
-            currentItem.focusRow();
+            currentRow.focusRow();
     }
 
     function focusNewSession() {
@@ -93,7 +96,7 @@ ListView {
             focusRow(currentIndex + 1, false);
     }
     // The next row takes the focus of one that has left.
-    onCurrentItemChanged: if (activeFocus && currentItem) currentItem.showFocus()
+    onCurrentRowChanged: if (activeFocus && currentRow) currentRow.showFocus()
 
     add: Transition {
         enabled: root.animated
@@ -123,6 +126,8 @@ ListView {
         enabled: root.animated
     }
 
+    // What stands in components below is part of this list alone, and sees it.
+    // qmllint disable unqualified
     header: FocusScope {
         width: root.width
         height: Tokens.sp6 + Tokens.newSessionRowHeight
