@@ -45,7 +45,7 @@ public:
         ControlClient &client;
         PeerIdentity &peers;
         const ListeningPorts &ports;
-        QStringList searchPath; ///< The folders in which programs are looked for.
+        QStringList searchPath {}; ///< The folders in which programs are looked for.
         std::uint16_t port;
         std::vector<TerminalDriver *> terminals {};
         bool hasDisplay { false };
