@@ -290,11 +290,16 @@ Parsed parseStart(const QStringList &arguments)
 {
     command::Start start;
     for (const QString &argument : arguments) {
-        if (argument != u"--headless")
+        if (argument == u"--headless")
+            start.windows = command::Start::Windows::None;
+        else if (argument == u"--demo")
+            start.sessions = command::Start::Sessions::Invented;
+        else
             return argument.startsWith(u'-') ? unknownOption(argument)
                                              : UsageError { u"unexpected argument \"%1\""_s.arg(argument) };
-        start.windows = command::Start::Windows::None;
     }
+    if (start.windows == command::Start::Windows::None && start.sessions == command::Start::Sessions::Invented)
+        return UsageError { u"\"--demo\" is for looking at, and \"--headless\" shows nothing"_s };
     return Command { start };
 }
 
@@ -343,6 +348,7 @@ QString helpText()
     return uR"(Vantry shows what your coding agents are doing, and lets you answer them.
 
 Usage: vantry [--headless]          start; a second start finds the first
+       vantry --demo                start with invented sessions, for a look
        vantry COMMAND [ARGUMENT...]
 
 Sessions (of the running Vantry)

@@ -18,7 +18,9 @@ namespace command {
 struct Start
 {
     enum class Windows { WhereThereIsADisplay, None };
+    enum class Sessions { TheUsers, Invented };
     Windows windows { Windows::WhereThereIsADisplay };
+    Sessions sessions { Sessions::TheUsers };
     friend bool operator==(const Start &, const Start &) = default;
 };
 struct Help

@@ -5,6 +5,7 @@
 #include "app/SignalHandler.h"
 #include "app/SingleInstance.h"
 #include "app/VantryApp.h"
+#include "app/demo/Demo.h"
 #include "base/Subprocess.h"
 #include "panels/MenuBarViewModel.h"
 
@@ -73,6 +74,8 @@ public:
         })
     {}
 
+    void showApp() { m_app.showApp(); }
+
 private:
     const std::unique_ptr<StatusItem> m_statusItem;
     const std::unique_ptr<OverlayWindows> m_overlays;
@@ -135,6 +138,31 @@ int runApplication(Console &console)
     const int code = QCoreApplication::exec();
     scene.reset();
     delegate.applicationWillTerminate();
+    return code;
+}
+
+int runDemo(Console &console)
+{
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) {
+        console.printError("a demonstration without a display shows nothing");
+        return exitCode::refused;
+    }
+    const SystemClock clock;
+    QtScheduler scheduler;
+    QtMainQueue mainQueue;
+    demo::Demo demo(clock, scheduler, mainQueue);
+    if (!demo.isUsable()) {
+        console.printError("there is no room for the demonstration's files in the folder for temporary ones");
+        return exitCode::refused;
+    }
+    const SignalHandler endingSignals([] { QCoreApplication::quit(); });
+    std::optional<Scene> scene(std::in_place, demo.delegate(), clock, scheduler);
+    demo.start();
+    // By then it is known whether there is a tray.
+    const ScheduledTimer opening = scheduler.after(1s, [&scene] { scene->showApp(); });
+    const int code = QCoreApplication::exec();
+    scene.reset();
+    demo.delegate().applicationWillTerminate();
     return code;
 }
 

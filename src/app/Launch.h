@@ -18,4 +18,7 @@ namespace vantry {
 /// the exit code. Needs the application object; main thread.
 [[nodiscard]] int runApplication(Console &console);
 
+/// Runs the application over invented sessions, beside a real one, and opens its panel. The same otherwise.
+[[nodiscard]] int runDemo(Console &console);
+
 } // namespace vantry

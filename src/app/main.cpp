@@ -31,7 +31,10 @@ public:
 
     int operator()(const command::Help &) { return print(helpText()); }
     int operator()(const command::Version &) { return print(u"vantry " VANTRY_VERSION "\n"_s); }
-    int operator()(const command::Start &) { return runApplication(m_console); }
+    int operator()(const command::Start &start)
+    {
+        return start.sessions == command::Start::Sessions::Invented ? runDemo(m_console) : runApplication(m_console);
+    }
     int operator()(const command::Status &status) { return runStatus(status, *client(), m_console, port); }
     int operator()(const command::Watch &watch)
     {

@@ -221,12 +221,12 @@ public:
         if (!findCandidates(root))
             return;
         const bool isComplete = readCandidates();
-        if (isComplete && m_isRebuild)
-            post([](MainSide &main) { main.rebuildIsComplete(); });
         if (m_writer.added() > 0) {
             m_log.write(QStringLiteral("TranscriptIndexer: backfilled %1 sessions from transcript files")
                             .arg(m_writer.added()));
         }
+        if (isComplete && m_isRebuild)
+            post([](MainSide &main) { main.rebuildIsComplete(); });
     }
 
 private:

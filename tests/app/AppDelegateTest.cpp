@@ -291,7 +291,11 @@ TEST_F(AppDelegateTest, readsOldTranscriptsAndTellsHowFarItIs)
 
     launch();
 
-    const auto isComplete = [this] { return !endpoint.backfill.isEmpty() && endpoint.backfill.last().first == 1; };
+    const auto isComplete = [this] {
+        const Defaults &defaults = delegate->defaults();
+        return defaults.boolean(u"transcriptIndexer.reindexV2"_s, false) &&
+               !defaults.boolean(u"transcriptIndexer.rebuilding"_s, false);
+    };
     while (!isComplete())
         ASSERT_TRUE(mainQueue.drainWhenPosted());
     EXPECT_EQ(endpoint.backfill.last(), (std::pair { 1U, 1U }));

@@ -46,6 +46,12 @@ TEST(CommandLine, startsWithoutWindows)
     EXPECT_EQ(parsed<command::Start>(u"--headless"_s).windows, command::Start::Windows::None);
 }
 
+TEST(CommandLine, startsWithInventedSessions)
+{
+    EXPECT_EQ(parsed<command::Start>(u""_s).sessions, command::Start::Sessions::TheUsers);
+    EXPECT_EQ(parsed<command::Start>(u"--demo"_s).sessions, command::Start::Sessions::Invented);
+}
+
 TEST(CommandLine, readsEveryCommandThatTakesNothingButAForm)
 {
     EXPECT_EQ(parsed<command::Status>(u"status"_s).form, OutputForm::Text);
@@ -156,19 +162,20 @@ TEST_P(WrongUsage, isToldInOneLine)
 INSTANTIATE_TEST_SUITE_P(
     CommandLine, WrongUsage,
     Values(QStringList { u"stauts"_s }, QStringList { u""_s }, QStringList { u"--nonsense"_s },
-           QStringList { u"--headless"_s, u"now"_s }, QStringList { u"--headless"_s, u"--json"_s },
-           QStringList { u"--version"_s, u"now"_s }, QStringList { u"status"_s, u"--limit"_s, u"3"_s },
-           QStringList { u"status"_s, u"abc"_s }, QStringList { u"status"_s, u"--stop"_s }, QStringList { u"allow"_s },
-           QStringList { u"allow"_s, u""_s }, QStringList { u"allow"_s, u"a"_s, u"b"_s },
-           QStringList { u"allow"_s, u"a"_s, u"--json"_s }, QStringList { u"allow"_s, u"--"_s },
-           QStringList { u"answer"_s, u"a"_s }, QStringList { u"answer"_s, u"a"_s, u"x"_s },
-           QStringList { u"answer"_s, u"a"_s, u"-1"_s }, QStringList { u"answer"_s, u"a"_s, u"1.0"_s },
-           QStringList { u"answer"_s, u"a"_s, u"2147483648"_s }, QStringList { u"answer"_s, u"a"_s, u"1"_s, u"2"_s },
-           QStringList { u"send"_s, u"a"_s }, QStringList { u"send"_s, u"a"_s, u" "_s, u"\n"_s },
-           QStringList { u"send"_s, u""_s, u"a"_s }, QStringList { u"focus"_s }, QStringList { u"launch"_s },
-           QStringList { u"launch"_s, u"a"_s, u"b"_s }, QStringList { u"launch"_s, u"a"_s, u"--resume"_s },
-           QStringList { u"launch"_s, u"a"_s, u"--resume="_s }, QStringList { u"launch"_s, u"a"_s, u"--mode"_s },
-           QStringList { u"launch"_s, u"a"_s, u"--mode=plan"_s }, QStringList { u"launch"_s, u"a"_s, u"--json"_s },
+           QStringList { u"--headless"_s, u"now"_s }, QStringList { u"--headless"_s, u"--demo"_s },
+           QStringList { u"--headless"_s, u"--json"_s }, QStringList { u"--version"_s, u"now"_s },
+           QStringList { u"status"_s, u"--limit"_s, u"3"_s }, QStringList { u"status"_s, u"abc"_s },
+           QStringList { u"status"_s, u"--stop"_s }, QStringList { u"allow"_s }, QStringList { u"allow"_s, u""_s },
+           QStringList { u"allow"_s, u"a"_s, u"b"_s }, QStringList { u"allow"_s, u"a"_s, u"--json"_s },
+           QStringList { u"allow"_s, u"--"_s }, QStringList { u"answer"_s, u"a"_s },
+           QStringList { u"answer"_s, u"a"_s, u"x"_s }, QStringList { u"answer"_s, u"a"_s, u"-1"_s },
+           QStringList { u"answer"_s, u"a"_s, u"1.0"_s }, QStringList { u"answer"_s, u"a"_s, u"2147483648"_s },
+           QStringList { u"answer"_s, u"a"_s, u"1"_s, u"2"_s }, QStringList { u"send"_s, u"a"_s },
+           QStringList { u"send"_s, u"a"_s, u" "_s, u"\n"_s }, QStringList { u"send"_s, u""_s, u"a"_s },
+           QStringList { u"focus"_s }, QStringList { u"launch"_s }, QStringList { u"launch"_s, u"a"_s, u"b"_s },
+           QStringList { u"launch"_s, u"a"_s, u"--resume"_s }, QStringList { u"launch"_s, u"a"_s, u"--resume="_s },
+           QStringList { u"launch"_s, u"a"_s, u"--mode"_s }, QStringList { u"launch"_s, u"a"_s, u"--mode=plan"_s },
+           QStringList { u"launch"_s, u"a"_s, u"--json"_s },
            QStringList { u"launch"_s, u"a"_s, u"--continue"_s, u"--resume"_s, u"b"_s }, QStringList { u"messages"_s },
            QStringList { u"messages"_s, u"a"_s, u"b"_s }, QStringList { u"projects"_s, u"a"_s },
            QStringList { u"recent"_s, u"--continue"_s }, QStringList { u"kill"_s, u"a"_s, u"--stop"_s },
@@ -189,8 +196,8 @@ TEST(CommandLine, namesWhatItDoesNotKnow)
 
 TEST(CommandLine, helpNamesEveryCommand)
 {
-    for (const QString &word : { u"--headless"_s, u"status"_s, u"watch"_s, u"allow"_s, u"deny"_s, u"--stop"_s,
-                                 u"always-allow"_s, u"kill"_s, u"search"_s, u"recent"_s, u"hook install"_s,
+    for (const QString &word : { u"--headless"_s, u"--demo"_s, u"status"_s, u"watch"_s, u"allow"_s, u"deny"_s,
+                                 u"--stop"_s, u"always-allow"_s, u"kill"_s, u"search"_s, u"recent"_s, u"hook install"_s,
                                  u"hook status"_s, u"doctor"_s, u"show"_s, u"settings"_s, u"quit"_s, u"--version"_s })
         EXPECT_TRUE(helpText().contains(word)) << word.toStdString();
 }
