@@ -144,9 +144,12 @@ ListView {
         }
     }
     section.property: "section"
+    // A header that is used again is told its new section by the context alone, not by a property of that name: the
+    // list has one, too.
     section.delegate: SessionSectionHeader {
         width: root.width
         sessions: root.sessions
+        name: section
     }
     delegate: SessionRow {
         width: root.width
@@ -172,7 +175,7 @@ ListView {
             anchors.fill: parent
             sourceComponent: SessionSectionHeader {
                 sessions: root.sessions
-                section: root.currentSection
+                name: root.currentSection
             }
         }
         Hairline {

@@ -7,7 +7,8 @@ Item {
     id: root
 
     required property SessionListModel sessions
-    required property string section
+    /// Of the section, as the model's role has it.
+    required property string name
 
     implicitHeight: Tokens.sectionHeaderHeight
 
@@ -20,8 +21,8 @@ Item {
         anchors.left: parent.left
         anchors.leftMargin: Tokens.sp16
         anchors.verticalCenter: parent.verticalCenter
-        title: root.sessions.sectionTitle(root.section)
-        count: ({ attention: root.sessions.attentionCount, ready: root.sessions.readyCount, working: root.sessions.workingCount })[root.section]
-        tint: ({ attention: Theme.accentText, ready: Theme.ready, working: Theme.working })[root.section]
+        title: root.sessions.sectionTitle(root.name)
+        count: ({ attention: root.sessions.attentionCount, ready: root.sessions.readyCount, working: root.sessions.workingCount })[root.name]
+        tint: ({ attention: Theme.accentText, ready: Theme.ready, working: Theme.working })[root.name]
     }
 }

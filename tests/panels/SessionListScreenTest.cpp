@@ -23,6 +23,21 @@ TEST_F(SessionListScreenTest, rowsAreListItemsUnderHeadings)
         EXPECT_EQ(roleOf(name), QAccessible::Button);
 }
 
+TEST_F(SessionListScreenTest, headingsKeepTheirNamesWhenSessionsMoveBetweenSections)
+{
+    const auto first = world().add({ .project = u"atlas"_s, .state = SessionState::working });
+    const auto second = world().add({ .project = u"ledger"_s, .state = SessionState::working });
+    view().settle();
+    first->setState(SessionState::ready);
+    view().settle();
+    second->setState(SessionState::hasQuestion);
+    world().add({ .project = u"photon"_s, .state = SessionState::working });
+    view().settle();
+
+    for (const QString &title : { u"Needs Attention"_s, u"Ready"_s, u"Working"_s })
+        EXPECT_EQ(roleOf(title), QAccessible::Heading) << title.toStdString();
+}
+
 TEST_F(SessionListScreenTest, emptyListSaysHowToBegin)
 {
     EXPECT_TRUE(control(u"Start a coding agent to see it here"_s));
