@@ -32,7 +32,11 @@ protected:
     ~ShellFixture() override
     {
         app.reset();
-        EXPECT_EQ(warnings.takeWarnings(), QStringList());
+        // What windows in memory can't do.
+        const QString unsupported = QStringLiteral("This plugin does not support");
+        const QStringList left = warnings.takeWarnings();
+        for (const QString &warning : left)
+            EXPECT_TRUE(warning.startsWith(unsupported)) << warning.toStdString();
     }
 
     void start()
@@ -48,7 +52,7 @@ protected:
     }
     void deliver(const HookEvent &event)
     {
-        delegate.httpServer().onEventReceived(event);
+        delegate.sessionManager().handleEvent(event);
         mainQueue.drainAll();
     }
     /// The session begins to wait.

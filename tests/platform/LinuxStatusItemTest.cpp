@@ -6,10 +6,14 @@
 
 #include <QApplication>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 
 #include <gmock/gmock.h>
 
+#include <future>
 #include <optional>
 
 namespace vantry::test {
@@ -17,6 +21,39 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+/// The watcher of trays on the bus, with or without a host that shows icons.
+class FakeTrays final : public QDBusVirtualObject
+{
+public:
+    explicit FakeTrays(const QString &address, bool withHost = true)
+        : hasHost(withHost)
+        , m_bus(address)
+    {
+        EXPECT_TRUE(m_bus->registerVirtualObject(path(), this));
+        EXPECT_TRUE(m_bus->registerService(QString::fromLatin1(statusNotifierWatcher)));
+    }
+    ~FakeTrays() override { m_bus->unregisterObject(path()); }
+
+    void hostComes()
+    {
+        hasHost = true;
+        m_bus->send(QDBusMessage::createSignal(path(), QString::fromLatin1(statusNotifierWatcher),
+                                               u"StatusNotifierHostRegistered"_s));
+    }
+    [[nodiscard]] QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost))));
+    }
+
+    bool hasHost;
+
+private:
+    static QString path() { return QString::fromLatin1(statusNotifierWatcherPath); }
+
+    BusConnection m_bus;
+};
 
 /// An icon on a display in memory, where there is no tray but what the test puts on the bus.
 class LinuxStatusItemTest : public ::testing::Test
@@ -58,8 +95,7 @@ protected:
 
 TEST_F(LinuxStatusItemTest, takesATrayThatIsThere)
 {
-    BusConnection tray(bus.address());
-    ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
+    const FakeTrays tray(bus.address());
 
     item->setVisible(true);
 
@@ -71,8 +107,7 @@ TEST_F(LinuxStatusItemTest, takesATrayThatIsThere)
 
 TEST_F(LinuxStatusItemTest, looksForNoTrayBeforeItIsToBeShown)
 {
-    BusConnection tray(bus.address());
-    ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
+    const FakeTrays tray(bus.address());
 
     settle();
     scheduler.advance(10s);
@@ -96,8 +131,7 @@ TEST_F(LinuxStatusItemTest, saysOnceThatThereIsNoTrayAndGoesOnWaiting)
     EXPECT_EQ(missed, 1);
     EXPECT_FALSE(item->hasTray());
 
-    BusConnection tray(bus.address());
-    ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
+    const FakeTrays tray(bus.address());
     EXPECT_TRUE(eventually([this] { return found == 1; }));
     EXPECT_TRUE(item->hasTray());
 }
@@ -106,14 +140,12 @@ TEST_F(LinuxStatusItemTest, knowsWhenItsTrayHasGone)
 {
     item->setVisible(true);
     {
-        BusConnection tray(bus.address());
-        ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
+        const FakeTrays tray(bus.address());
         ASSERT_TRUE(eventually([this] { return item->hasTray(); }));
     }
     EXPECT_TRUE(eventually([this] { return !item->hasTray(); }));
 
-    BusConnection tray(bus.address());
-    ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
+    const FakeTrays tray(bus.address());
     EXPECT_TRUE(eventually([this] { return item->hasTray(); }));
 }
 
@@ -128,14 +160,33 @@ TEST_F(LinuxStatusItemTest, worksWithoutABus)
     EXPECT_TRUE(item->frame().isEmpty());
 }
 
+TEST_F(LinuxStatusItemTest, waitsForAHostThatShowsIcons)
+{
+    FakeTrays trays(bus.address(), false);
+    item->setVisible(true);
+    settle();
+    EXPECT_EQ(found, 0);
+
+    trays.hostComes();
+
+    EXPECT_TRUE(eventually([this] { return found == 1; }));
+    EXPECT_TRUE(item->hasTray());
+}
+
 TEST_F(LinuxStatusItemTest, isNotNeededToLookForATray)
 {
     item.reset();
+    const auto answer = [this] {
+        auto asked = std::async(std::launch::async, [this] { return hasTray(bus.address()); });
+        EXPECT_TRUE(eventually([&] { return asked.wait_for(0s) == std::future_status::ready; }));
+        return asked.get();
+    };
 
-    EXPECT_FALSE(hasTray(bus.address()));
-    BusConnection tray(bus.address());
-    ASSERT_TRUE(tray->registerService(QString::fromLatin1(statusNotifierWatcher)));
-    EXPECT_TRUE(hasTray(bus.address()));
+    EXPECT_FALSE(answer());
+    FakeTrays trays(bus.address(), false);
+    EXPECT_FALSE(answer());
+    trays.hasHost = true;
+    EXPECT_TRUE(answer());
     EXPECT_FALSE(hasTray({}));
 }
 

@@ -3,10 +3,10 @@
 #include "platform/linux/ToolkitX11.h"
 #include "platform/linux/TrayHosts.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QDBusVariant>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QSystemTrayIcon>
@@ -67,7 +67,7 @@ void LinuxStatusItem::setVisible(bool visible)
 
 bool LinuxStatusItem::hasTray() const
 {
-    return m_item && (m_usesBus ? m_isWatcherOwned : hasX11Tray());
+    return m_item && (m_usesBus ? m_hasHost : hasX11Tray());
 }
 
 QRect LinuxStatusItem::frame() const
@@ -91,23 +91,38 @@ void LinuxStatusItem::watchBus()
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &owner) { watcherOwnerChanged(!owner.isEmpty()); });
 
-    auto question = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
-                                                   u"org.freedesktop.DBus"_s, u"NameHasOwner"_s);
-    question.setArguments({ name });
-    auto *answer = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        answer->deleteLater();
-        const QDBusPendingReply<bool> reply = *answer;
-        if (reply.isValid() && reply.value())
-            watcherOwnerChanged(true);
-    });
+    m_bus->connect(name, QString::fromLatin1(statusNotifierWatcherPath), name, u"StatusNotifierHostRegistered"_s, this,
+                   SLOT(hostRegistered()));
+    askForHost();
 }
 
 void LinuxStatusItem::watcherOwnerChanged(bool isOwned)
 {
-    m_isWatcherOwned = isOwned;
-    if (!isOwned)
-        return;
+    m_hasHost = false;
+    if (isOwned)
+        askForHost();
+}
+
+void LinuxStatusItem::hostRegistered()
+{
+    askForHost();
+}
+
+/// The watcher may be there before anybody who shows icons; the toolkit would take that for no tray.
+void LinuxStatusItem::askForHost()
+{
+    auto *answer = new QDBusPendingCallWatcher(m_bus->asyncCall(trayHostQuestion()), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        answer->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        if (reply.isValid() && reply.value().variant().toBool())
+            hostFound();
+    });
+}
+
+void LinuxStatusItem::hostFound()
+{
+    m_hasHost = true;
     if (!m_item) {
         m_usesBus = true;
         makeIcon();
@@ -161,7 +176,11 @@ void LinuxStatusItem::makeIcon()
     m_item->setToolTip(m_toolTip);
     m_item->setContextMenu(m_menu.get());
     connect(m_item.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger && onClick)
+        // Of two quick clicks, older trays report the second one in this way.
+        if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::DoubleClick)
+            return;
+        m_hasHost = m_usesBus; // Also when the answer to the question is still on its way.
+        if (onClick)
             onClick();
     });
     m_item->setVisible(m_isVisible);

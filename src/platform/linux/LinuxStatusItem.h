@@ -38,10 +38,16 @@ public:
     [[nodiscard]] bool hasTray() const override;
     [[nodiscard]] QRect frame() const override;
 
+private Q_SLOTS:
+    // Found by name, as Qt connects signals of the bus.
+    void hostRegistered();
+
 private:
     void lookForTray();
     void watchBus();
     void watcherOwnerChanged(bool isOwned);
+    void askForHost();
+    void hostFound();
     void patienceEnded();
     [[nodiscard]] bool hasX11Tray() const;
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
@@ -57,7 +63,7 @@ private:
     ScheduledTimer m_patience;
     std::uint32_t m_trayAtom; ///< The selection that an X11 tray owns; 0 without X11.
     bool m_isVisible { false };
-    bool m_isWatcherOwned { false };
+    bool m_hasHost { false }; ///< On the bus.
     bool m_isLooking { false };
     bool m_usesBus { false }; ///< The way that the toolkit has chosen. Only once there is an icon.
 };

@@ -2,14 +2,19 @@
 
 #include "platform/linux/X11Connection.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusReply>
+#include <QDBusVariant>
 
 #include <string_view>
 
 namespace vantry {
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+/// A desktop that hangs is none.
+constexpr int patience = 1'000;
 
 bool hasX11Tray()
 {
@@ -29,11 +34,24 @@ bool hasX11Tray()
 
 } // namespace
 
+QDBusMessage trayHostQuestion()
+{
+    const QString watcher = QString::fromLatin1(statusNotifierWatcher);
+    auto question = QDBusMessage::createMethodCall(watcher, QString::fromLatin1(statusNotifierWatcherPath),
+                                                   QString::fromLatin1(bus::propertiesInterface), u"Get"_s);
+    question.setAutoStartService(false);
+    question.setArguments({ watcher, u"IsStatusNotifierHostRegistered"_s });
+    return question;
+}
+
 bool hasTray(const QString &busAddress)
 {
     BusConnection bus(busAddress);
-    if (bus.isConnected() && bus->interface()->isServiceRegistered(QString::fromLatin1(statusNotifierWatcher)).value())
-        return true;
+    if (bus.isConnected()) {
+        const QDBusReply<QDBusVariant> reply = bus->call(trayHostQuestion(), QDBus::Block, patience);
+        if (reply.isValid() && reply.value().variant().toBool())
+            return true;
+    }
     return hasX11Tray();
 }
 
