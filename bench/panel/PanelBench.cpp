@@ -1,0 +1,236 @@
+// Starts the program again and again on the desktop that it finds itself on, plays the tray that its icon registers
+// with, and measures from outside: how soon the icon is there, how soon the panel is on the screen, and the memory.
+
+#include "base/Clock.h"
+#include "base/DebugLog.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "sessions/SessionStore.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QThread>
+
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+using namespace vantry;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int starts = 9;
+constexpr int openings = 20;
+constexpr int rememberedSessions = 1'000;
+/// Where the pointer is when the icon is clicked, and a place that the panel, but for its first line of pixels, covers.
+constexpr int pointerX = 1'000;
+constexpr int pointerY = 5;
+constexpr int probeX = pointerX - 184;
+constexpr int probeY = 250;
+
+[[noreturn]] void giveUp(const char *what)
+{
+    std::fprintf(stderr, "PanelBench: %s\n", what);
+    std::exit(1);
+}
+
+/// Runs the event loop until the condition holds.
+template <typename Condition>
+void waitFor(Condition condition, const char *what)
+{
+    const QDeadlineTimer deadline(30'000);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            giveUp(what);
+        QCoreApplication::processEvents();
+        QThread::usleep(200);
+    }
+}
+
+/// The tray's part of the bus.
+class Tray final : public QDBusVirtualObject
+{
+public:
+    Tray()
+    {
+        if (!m_bus.registerVirtualObject(u"/StatusNotifierWatcher"_s, this) ||
+            !m_bus.registerService(u"org.kde.StatusNotifierWatcher"_s))
+            giveUp("there is another tray");
+    }
+    void forget() { m_icon.clear(); }
+    [[nodiscard]] bool hasIcon() const { return !m_icon.isEmpty(); }
+    void click()
+    {
+        auto message = QDBusMessage::createMethodCall(m_icon, u"/StatusNotifierItem"_s, u"org.kde.StatusNotifierItem"_s,
+                                                      u"Activate"_s);
+        message.setArguments({ pointerX, pointerY });
+        m_bus.asyncCall(message);
+    }
+    QString introspect(const QString &) const override
+    {
+        return u"<interface name=\"org.kde.StatusNotifierWatcher\"><property name=\"IsStatusNotifierHostRegistered\" "
+               "type=\"b\" access=\"read\"/></interface>"_s;
+    }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        if (message.member() == u"RegisterStatusNotifierItem")
+            m_icon = message.service();
+        QVariantList reply;
+        if (message.member() == u"Get")
+            reply.append(QVariant::fromValue(QDBusVariant(true)));
+        return connection.send(message.createReply(reply));
+    }
+
+private:
+    QDBusConnection m_bus { QDBusConnection::sessionBus() };
+    QString m_icon;
+};
+
+/// One pixel of the screen.
+class Probe
+{
+public:
+    Probe()
+        : m_connection(xcb_connect(nullptr, nullptr))
+        , m_root(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root)
+    {
+        xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0, pointerX, pointerY);
+        m_empty = pixel();
+    }
+    ~Probe() { xcb_disconnect(m_connection); }
+    Probe(const Probe &) = delete;
+    Probe &operator=(const Probe &) = delete;
+
+    [[nodiscard]] bool isCovered() const { return pixel() != m_empty; }
+
+private:
+    [[nodiscard]] std::uint32_t pixel() const
+    {
+        const auto cookie =
+            xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, probeX, probeY, 1, 1, ~std::uint32_t { 0 });
+        const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> reply(
+            xcb_get_image_reply(m_connection, cookie, nullptr), std::free);
+        if (!reply)
+            giveUp("the screen can't be read");
+        return *reinterpret_cast<const std::uint32_t *>(xcb_get_image_data(reply.get())) & 0xFFFFFFU;
+    }
+
+    xcb_connection_t *m_connection;
+    xcb_window_t m_root;
+    std::uint32_t m_empty;
+};
+
+void rememberSessions()
+{
+    const SystemClock clock;
+    const Paths paths = Paths::fromEnvironment();
+    makePrivateFolder(paths.dataFolder);
+    DebugLog log(paths.debugLog(), clock);
+    SessionStore store(paths.database(), clock, log.general());
+    store.queue().sync([&] {
+        store.open();
+        for (int i = 0; i < rememberedSessions; ++i) {
+            VantrySession::Init init;
+            init.id = u"session-%1"_s.arg(i);
+            init.projectName = u"project-%1"_s.arg(i % 40);
+            init.cwd = u"/nowhere/project-%1"_s.arg(i % 40);
+            init.lastPrompt = u"Mend the thing with the number %1"_s.arg(i);
+            init.lastUpdated = init.startedAt = clock.now() - std::chrono::minutes(i);
+            store.save(VantrySession(std::move(init)));
+        }
+        store.close();
+    });
+}
+
+double proportionalMegabytes(qint64 pid)
+{
+    QFile file(u"/proc/%1/smaps_rollup"_s.arg(pid));
+    if (!file.open(QFile::ReadOnly))
+        giveUp("the memory can't be read");
+    static const QRegularExpression line(u"Pss:\\s+(\\d+)"_s);
+    return line.match(QString::fromUtf8(file.readAll())).captured(1).toDouble() / 1024;
+}
+
+double milliseconds(const QElapsedTimer &timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+struct Figures
+{
+    const char *name;
+    double limit;
+    const char *unit;
+    std::vector<double> values {};
+
+    void print()
+    {
+        std::ranges::sort(values);
+        std::printf("%-42s %7.1f %s  (%.1f to %.1f, limit %.0f)\n", name, values[values.size() / 2], unit,
+                    values.front(), values.back(), limit);
+    }
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc != 2)
+        giveUp("PanelBench VANTRY");
+    const QString program = QString::fromLocal8Bit(argv[1]);
+    rememberSessions();
+    Tray tray;
+    const Probe probe;
+
+    Figures icon { "start to icon", 150, "ms" };
+    Figures before { "memory before the first opening", 45, "MB" };
+    Figures first { "first opening", 150, "ms" };
+    Figures later { "later opening", 20, "ms" };
+    Figures open { "memory with the panel open", 75, "MB" };
+    Figures closed { "memory with the panel closed again", 75, "MB" };
+    for (int start = 0; start < starts; ++start) {
+        QProcess vantry;
+        vantry.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        QElapsedTimer timer;
+        timer.start();
+        vantry.start(program, {});
+        waitFor([&] { return tray.hasIcon(); }, "no icon came");
+        icon.values.push_back(milliseconds(timer));
+        QThread::sleep(2);
+        before.values.push_back(proportionalMegabytes(vantry.processId()));
+
+        for (int opening = 0; opening < openings; ++opening) {
+            timer.restart();
+            tray.click();
+            waitFor([&] { return probe.isCovered(); }, "no panel came");
+            (opening == 0 ? first : later).values.push_back(milliseconds(timer));
+            QThread::msleep(300);
+            if (opening == openings - 1)
+                open.values.push_back(proportionalMegabytes(vantry.processId()));
+            tray.click();
+            waitFor([&] { return !probe.isCovered(); }, "the panel stays");
+            QThread::msleep(300);
+        }
+        closed.values.push_back(proportionalMegabytes(vantry.processId()));
+        vantry.terminate();
+        vantry.waitForFinished();
+        tray.forget();
+    }
+    for (Figures *figures : { &icon, &before, &first, &later, &open, &closed })
+        figures->print();
+    return 0;
+}
