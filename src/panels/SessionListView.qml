@@ -144,12 +144,19 @@ ListView {
         }
     }
     section.property: "section"
-    // A header that is used again is told its new section by the context alone, not by a property of that name: the
-    // list has one, too.
-    section.delegate: SessionSectionHeader {
+    // A header that is used again is told its new section by the context alone: the list, around it, has a property of
+    // that name. Without required properties of its own it is told so from the beginning.
+    section.delegate: Item {
         width: root.width
-        sessions: root.sessions
-        name: section
+        height: header.implicitHeight
+
+        SessionSectionHeader {
+            id: header
+
+            width: parent.width
+            sessions: root.sessions
+            name: section
+        }
     }
     delegate: SessionRow {
         width: root.width
