@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QDeadlineTimer>
@@ -88,10 +89,9 @@ public:
     {
         if (message.member() == u"RegisterStatusNotifierItem")
             m_icon = message.service();
-        QVariantList reply;
-        if (message.member() == u"Get")
-            reply.append(QVariant::fromValue(QDBusVariant(true)));
-        return connection.send(message.createReply(reply));
+        else if (message.member() != u"Get")
+            return false;
+        return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
     }
 
 private:
@@ -174,7 +174,7 @@ struct Figures
     const char *name;
     double limit;
     const char *unit;
-    std::vector<double> values {};
+    std::vector<double> values;
 
     void print()
     {
@@ -196,12 +196,12 @@ int main(int argc, char **argv)
     Tray tray;
     const Probe probe;
 
-    Figures icon { "start to icon", 150, "ms" };
-    Figures before { "memory before the first opening", 45, "MB" };
-    Figures first { "first opening", 150, "ms" };
-    Figures later { "later opening", 20, "ms" };
-    Figures open { "memory with the panel open", 75, "MB" };
-    Figures closed { "memory with the panel closed again", 75, "MB" };
+    Figures icon { "start to icon", 150, "ms", {} };
+    Figures before { "memory before the first opening", 45, "MB", {} };
+    Figures first { "first opening", 150, "ms", {} };
+    Figures later { "later opening", 20, "ms", {} };
+    Figures open { "memory with the panel open", 75, "MB", {} };
+    Figures closed { "memory with the panel closed again", 75, "MB", {} };
     for (int start = 0; start < starts; ++start) {
         QProcess vantry;
         vantry.setProcessChannelMode(QProcess::ForwardedErrorChannel);
