@@ -13,7 +13,7 @@ namespace vantry {
 /// The conversation of one chat: the last messages of the transcript, and behind them what was sent from here and has
 /// not come up in the transcript yet. Changes row by row and is never reset; a message that the transcript has caught
 /// up with keeps the row that it had while it was pending. Main thread only.
-class ChatMessageModel : public RowListModel
+class ChatMessageModel : public vantry::RowListModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -12,7 +12,7 @@ namespace vantry {
 
 /// The new session picker: the projects that were used last, filtered by a text in their name or path. They are looked
 /// for off the main thread. Main thread only.
-class ProjectPickerModel final : public RowListModel
+class ProjectPickerModel final : public vantry::RowListModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -15,6 +15,8 @@ namespace vantry {
 
 /// A list of rows with keys for a view. It changes row by row and is never reset: what stays in its place is left
 /// alone, and of a row that changed only the roles that differ are told. Main thread only.
+///
+/// Models name it with its namespace: qmllint's description of the types takes a base's name as it is written.
 class RowListModel : public QAbstractListModel
 {
     Q_OBJECT

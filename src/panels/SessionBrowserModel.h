@@ -15,7 +15,7 @@ namespace vantry {
 
 /// The session browser: the recent sessions, or those that a text finds. The store is searched on its queue, a moment
 /// after the last change of the text; a result that a later change has overtaken is dropped. Main thread only.
-class SessionBrowserModel final : public RowListModel
+class SessionBrowserModel final : public vantry::RowListModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -22,7 +22,7 @@ struct SessionRowFacts;
 /// been answered stays among those that wait for a while, so that the list doesn't jump under the pointer. Rows are
 /// right at every moment while the list is visible, also without an event; while it isn't, no timer runs. Main thread
 /// only.
-class SessionListModel final : public RowListModel
+class SessionListModel final : public vantry::RowListModel
 {
     Q_OBJECT
     QML_ELEMENT
