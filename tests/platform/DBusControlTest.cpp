@@ -146,7 +146,7 @@ TEST_F(DBusControl, passesEachCallOn)
 
     EXPECT_EQ(requests.calls, (QStringList { u"allow a"_s, u"deny b"_s, u"deny and stop c"_s, u"always allow d"_s,
                                              u"kill e"_s, u"answer f 2"_s, u"send g -a \"ä\"\n; 😀"_s, u"focus h"_s,
-                                             u"launch /tmp/a b resume i planMode"_s, u"quit"_s }));
+                                             u"launch /tmp/a b resume i planMode"_s, u"show"_s, u"quit"_s }));
 }
 
 TEST_F(DBusControl, givesTheDocument)
