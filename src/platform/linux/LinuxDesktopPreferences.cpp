@@ -79,6 +79,8 @@ LinuxDesktopPreferences::LinuxDesktopPreferences(const QString &busAddress, Log 
 {
     if (!m_bus.isConnected())
         return;
+    // Qt knows the type by its name only once it has been used, and connects nothing before.
+    qRegisterMetaType<QDBusVariant>();
     m_bus->connect(portalService, portalPath, settingsInterface, u"SettingChanged"_s, this,
                    SLOT(takeChange(QString, QString, QDBusVariant)));
     m_watcher.setConnection(*m_bus);
