@@ -251,7 +251,6 @@ class AgentGone(PermissionTest):
         self.kill_agent()
         self.assert_leaves(waiting, held)
 
-
     def test_stays_when_the_agents_process_changes_its_name(self):
         (self.folder / "sitecustomize.py").write_text(
             "import os, select\nos.pidfd_open = None\nplain = select.select\n"
@@ -263,6 +262,7 @@ class AgentGone(PermissionTest):
         self.addCleanup(agent.stdin.close)
         self.environment["CLAUDE_PID"] = str(agent.pid)
         waiting, held = self.ask()
+        self.wait_until((self.folder / "looks").exists)
         agent.stdin.write(b"\n")
         agent.stdin.flush()
         name = pathlib.Path("/proc/%d/comm" % agent.pid)
