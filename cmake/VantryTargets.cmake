@@ -1,4 +1,4 @@
-# Flags that everything shares, and the two functions that make a library or a test program.
+# Flags that everything shares, and the functions that make a library, a test program or a fuzz target.
 
 add_library(vantry_options INTERFACE)
 target_compile_options(vantry_options INTERFACE
@@ -16,6 +16,10 @@ if(VANTRY_SANITIZERS)
     # The check of virtual tables opens a pipe, and gives a wrong alarm where a test has used up all descriptors.
     target_compile_options(vantry_options INTERFACE -fsanitize=${VANTRY_SANITIZERS} -fno-omit-frame-pointer
         -fno-sanitize-recover=all -fno-sanitize=vptr)
+    # The tests' own code is long and runs once: optimising it and looking for undefined behaviour in it would take more
+    # than half the time of the whole build.
+    target_compile_options(vantry_options INTERFACE
+        "$<$<BOOL:$<TARGET_PROPERTY:VANTRY_TEST_CODE>>:-O0;-fno-sanitize=undefined>")
     target_link_options(vantry_options INTERFACE -fsanitize=${VANTRY_SANITIZERS})
     # GCC takes what a sanitizer adds for reads of unset variables; the release build keeps the warning.
     target_compile_options(vantry_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
@@ -24,6 +28,30 @@ else()
     target_link_options(vantry_options INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
+define_property(TARGET PROPERTY VANTRY_TEST_CODE BRIEF_DOCS "Whether a target is code of tests")
+
+# vantry_precompile(<target> FROM <owner> [<header>...])
+# Lets the target have the precompiled headers of the owner, or make them from these if it is the owner itself. They
+# change nothing but the time of the build: each file still includes what it uses. Clang wants the same macros for all
+# who share them, which Qt's modules don't give.
+function(vantry_precompile target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "FROM" "")
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        return()
+    endif()
+    if(target STREQUAL ARG_FROM)
+        target_precompile_headers(${target} PRIVATE ${ARG_UNPARSED_ARGUMENTS})
+    else()
+        target_precompile_headers(${target} REUSE_FROM ${ARG_FROM})
+    endif()
+endfunction()
+
+# What most of src/ includes.
+set(vantry_common_headers
+    <QCoreApplication> <QDateTime> <QDir> <QFile> <QFileInfo> <QHash> <QList> <QObject> <QSet> <QString> <QStringList>
+    <QVariant> <algorithm> <array> <chrono> <functional> <memory> <optional> <string> <string_view> <utility> <variant>
+    <vector>)
+
 # vantry_library(<folder> SOURCES <file>... [USES <folder or library>...])
 # One static library for one folder of src/. What stands behind USES is all that the folder may include.
 function(vantry_library folder)
@@ -31,6 +59,7 @@ function(vantry_library folder)
     string(REPLACE "/" "_" target "vantry_${folder}")
     add_library(${target} STATIC ${ARG_SOURCES})
     target_link_libraries(${target} PUBLIC vantry_options ${ARG_USES})
+    vantry_precompile(${target} FROM vantry_base ${vantry_common_headers})
 endfunction()
 
 # vantry_qml_library(<folder> URI <module> SOURCES <file>... QML <file>... [USES <folder or library>...])
@@ -58,10 +87,15 @@ function(vantry_qml_library folder)
     target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${target} PUBLIC vantry_options ${ARG_USES} Qt6::Quick)
     target_link_libraries(${target}plugin PRIVATE vantry_options)
-    # What Qt's compiler for QML writes isn't ours to mend.
+    vantry_precompile(${target} FROM vantry_base ${vantry_common_headers})
+    # What Qt's compiler for QML writes isn't ours to mend, and with sanitizers takes minutes to compile.
+    set(options -w)
+    if(VANTRY_SANITIZERS)
+        list(APPEND options -O0 -fno-sanitize=all)
+    endif()
     get_target_property(compiled ${target} SOURCES)
     list(FILTER compiled INCLUDE REGEX "/qmlcache/")
-    set_source_files_properties(${compiled} PROPERTIES COMPILE_OPTIONS -w)
+    set_source_files_properties(${compiled} PROPERTIES COMPILE_OPTIONS "${options}" SKIP_PRECOMPILE_HEADERS ON)
 endfunction()
 
 # What the sanitizers are told, for every test. Set on the tests, so that a plain ctest has it, too.
@@ -71,6 +105,14 @@ set(vantry_test_environment
     "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1:second_deadlock_stack=1"
     "UBSAN_OPTIONS=print_stacktrace=1")
 
+# vantry_test_code(<target>): how a target is built that only tests use. They may write QStrings as plain literals.
+function(vantry_test_code target)
+    target_compile_options(${target} PRIVATE -UQT_NO_CAST_FROM_ASCII)
+    set_target_properties(${target} PROPERTIES VANTRY_TEST_CODE ON)
+    vantry_precompile(${target} FROM vantry_test_support
+        ${vantry_common_headers} <QProcess> <QTemporaryDir> <gmock/gmock.h> <gtest/gtest.h> <thread>)
+endfunction()
+
 # vantry_test(<name> SOURCES <file>... [USES <library>...] [LABELS <label>...] [PROPERTIES <name> <value>...])
 # One test program. Each of its tests is a test of its own for ctest.
 function(vantry_test name)
@@ -78,6 +120,7 @@ function(vantry_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE vantry_test_support ${ARG_USES})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    vantry_test_code(${name})
     if(ARG_LABELS)
         list(APPEND ARG_PROPERTIES LABELS "${ARG_LABELS}")
     endif()
