@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/NotificationCentre.h"
+#include "platform/linux/SessionBus.h"
+
+#include <QDBusMessage>
+#include <QString>
+
+namespace vantry {
+
+// Whoever shows notifications owns this name on the session bus.
+inline constexpr auto notificationService = "org.freedesktop.Notifications";
+inline constexpr auto notificationPath = "/org/freedesktop/Notifications";
+inline constexpr auto notificationInterface = "org.freedesktop.Notifications";
+/// The bus's error for a name that nobody owns.
+inline constexpr QLatin1StringView nameHasNoOwner { "org.freedesktop.DBus.Error.NameHasNoOwner" };
+
+/// A call to the server.
+[[nodiscard]] QDBusMessage notificationCall(const char *method);
+/// Whether the answer says that no server runs.
+[[nodiscard]] bool isNobodyThere(const QDBusMessage &error);
+/// The call that asks the bus for the services that it starts when they are needed.
+[[nodiscard]] QDBusMessage startableServicesCall();
+
+/// Who shows notifications on this desktop. Waits for the answers, a second each at most, with a connection of its own;
+/// starts nobody. Any thread.
+[[nodiscard]] NotificationCentre::Server findNotificationServer(const QString &busAddress = sessionBusAddress());
+
+/// The text as every server can show it: plain lines without control characters or marks that turn the reading
+/// direction, cut to what a person takes in at a glance. Line breaks stay.
+[[nodiscard]] QString notificationText(const QString &text);
+/// The text for a server that renders markup.
+[[nodiscard]] QString escapedForMarkup(const QString &text);
+
+} // namespace vantry
