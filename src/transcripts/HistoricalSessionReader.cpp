@@ -146,20 +146,22 @@ private:
 /// Which lines are looked at in full. Most tell nothing but a date, and of the dates the last one alone is kept.
 enum class Care { AllButDates, Everything };
 
-bool isSoundLine(const TranscriptFile &file, std::uint64_t offset)
+bool isSoundLine(const TranscriptFile &file, TranscriptBuffer &buffer, std::uint64_t offset)
 {
-    TranscriptLines lines(file, offset);
+    TranscriptLines lines(file, buffer, offset);
     const auto source = lines.next();
     TranscriptLineReader reader;
     return source && reader.read(source->text) && reader.isSound();
 }
 
-std::optional<HistoricalSession> readLines(const TranscriptFile &file, const TranscriptPlace &place, Care care)
+/// Nothing when the file can't be read or isn't UTF-8, and when the work has been cancelled. `lastDate` gets the place
+/// of the line with the last date, when that was not looked at in full.
+std::optional<Gathering> gather(const TranscriptFile &file, TranscriptBuffer &buffer, Care care,
+                                std::optional<std::uint64_t> &lastDate)
 {
-    TranscriptLines lines(file);
+    TranscriptLines lines(file, buffer);
     TranscriptLineReader reader;
     Gathering gathering;
-    std::optional<std::uint64_t> lastDate; ///< The line of the last date, when that was not looked at in full.
     while (const auto source = lines.next()) {
         if (Cancellation::isThisThreadCancelled())
             return std::nullopt;
@@ -174,19 +176,21 @@ std::optional<HistoricalSession> readLines(const TranscriptFile &file, const Tra
             lastDate = line->timestamp ? std::nullopt : lastDate;
         }
     }
-    if (lines.hasFailed())
-        return std::nullopt;
-    if (lastDate && !isSoundLine(file, *lastDate))
-        return readLines(file, place, Care::Everything);
-    return std::move(gathering).take(place);
+    return lines.hasFailed() ? std::nullopt : std::optional(std::move(gathering));
 }
 
 } // namespace
 
-std::optional<HistoricalSession> readHistoricalSession(const TranscriptPlace &place)
+std::optional<HistoricalSession> readHistoricalSession(const TranscriptPlace &place, TranscriptBuffer &buffer)
 try {
     const auto file = TranscriptFile::open(place.path());
-    return file ? readLines(*file, place, Care::AllButDates) : std::nullopt;
+    if (!file)
+        return std::nullopt;
+    std::optional<std::uint64_t> lastDate;
+    std::optional<Gathering> gathering = gather(*file, buffer, Care::AllButDates, lastDate);
+    if (gathering && lastDate && !isSoundLine(*file, buffer, *lastDate))
+        gathering = gather(*file, buffer, Care::Everything, lastDate);
+    return gathering ? std::move(*gathering).take(place) : std::nullopt;
 } catch (const std::bad_alloc &) {
     return std::nullopt;
 }

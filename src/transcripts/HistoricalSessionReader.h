@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sessions/SessionStore.h"
+#include "transcripts/TranscriptBuffer.h"
 
 #include <QString>
 
@@ -19,8 +20,9 @@ struct TranscriptPlace
 };
 
 /// What the search index is to know of the session: prompts and tools in order, directory, branch and dates. Reads the
-/// file in blocks. Nothing when it can't be read, isn't UTF-8, or holds no prompt, and when the thread's work has been
-/// cancelled. Any thread.
-[[nodiscard]] std::optional<HistoricalSession> readHistoricalSession(const TranscriptPlace &place);
+/// file in blocks, into the buffer. Nothing when it can't be read, isn't UTF-8, or holds no prompt, and when the
+/// thread's work has been cancelled. Any thread.
+[[nodiscard]] std::optional<HistoricalSession> readHistoricalSession(const TranscriptPlace &place,
+                                                                     TranscriptBuffer &buffer);
 
 } // namespace vantry

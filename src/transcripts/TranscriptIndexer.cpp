@@ -2,6 +2,7 @@
 
 #include "base/Cancellation.h"
 #include "transcripts/HistoricalSessionReader.h"
+#include "transcripts/OrderedReading.h"
 
 #include <QFile>
 
@@ -192,7 +193,7 @@ private:
     TranscriptIndexer &m_owner;
 };
 
-/// One backfill, on a thread of the pool.
+/// One backfill, on a thread of the pool and one of its own.
 class TranscriptIndexer::Run
 {
 public:
@@ -304,18 +305,27 @@ private:
     bool readCandidates()
     {
         const std::size_t total = m_candidates.size();
-        for (std::size_t i = 0; i < total; ++i) {
-            tellProgress(i);
-            const Candidate &candidate = m_candidates[i];
-            if (auto session = readHistoricalSession(placeOf(candidate))) {
-                session->transcriptStamp = candidate.stamp();
+        const auto isInVain = [this] { return m_writer.hasFailed() || Cancellation::isThisThreadCancelled(); };
+        const auto read = [this](std::size_t i, TranscriptBuffer &buffer) {
+            auto session = readHistoricalSession(placeOf(m_candidates[i]), buffer);
+            if (session)
+                session->transcriptStamp = m_candidates[i].stamp();
+            return session;
+        };
+        const auto take = [&](std::size_t i, std::optional<HistoricalSession> session) {
+            if (session)
                 m_writer.add(*std::move(session));
-            }
-            if (m_writer.hasFailed() || Cancellation::isThisThreadCancelled())
-                break;
-        }
+            if (isInVain())
+                return false;
+            // That all is done is told once the last one has been written.
+            if (i + 1 < total)
+                tellProgress(i + 1);
+            return true;
+        };
+        tellProgress(0);
+        OrderedReading(total, read, take).run();
         m_writer.finish();
-        if (m_writer.hasFailed() || Cancellation::isThisThreadCancelled())
+        if (isInVain())
             return false;
         tellProgress(total);
         return true;

@@ -2,20 +2,16 @@
 
 #include <simdjson.h>
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <utility>
 
 namespace vantry {
 namespace {
 
 /// How much is read at once: small enough for the processor's cache, so that a line is still there when it is parsed.
 constexpr std::size_t blockSize = std::size_t { 128 } << 10;
-/// Room for ordinary long lines. What isn't written to costs no memory.
-constexpr std::size_t ordinaryCapacity = std::size_t { 2 } << 20;
+/// Room for ordinary long lines.
+constexpr std::size_t ordinaryCapacity = TranscriptBuffer::ordinaryCapacity;
 constexpr std::size_t longestCapacity = TranscriptLines::maximumLineLength + blockSize;
 
 bool isUtf8(std::string_view text)
@@ -39,39 +35,11 @@ std::size_t unfinishedCharacter(std::string_view text)
 
 } // namespace
 
-// The kernel copies five times slower to memory that doesn't begin at a page, as large blocks of malloc() don't.
-TranscriptLines::Pages::Pages(std::size_t size)
-    : m_memory(static_cast<char *>(
-          ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) // NOLINT: the macro.
-    , m_size(size)
-{
-    if (m_memory == MAP_FAILED) {
-        m_memory = nullptr;
-        throw std::bad_alloc();
-    }
-}
-
-TranscriptLines::Pages::Pages(Pages &&other) noexcept
-    : m_memory(std::exchange(other.m_memory, nullptr))
-    , m_size(other.m_size)
-{}
-
-TranscriptLines::Pages &TranscriptLines::Pages::operator=(Pages &&other) noexcept
-{
-    std::swap(m_memory, other.m_memory);
-    std::swap(m_size, other.m_size);
-    return *this;
-}
-
-TranscriptLines::Pages::~Pages()
-{
-    if (m_memory != nullptr)
-        ::munmap(m_memory, m_size);
-}
-
-TranscriptLines::TranscriptLines(const TranscriptFile &file, std::uint64_t offset, std::uint64_t end)
+TranscriptLines::TranscriptLines(const TranscriptFile &file, TranscriptBuffer &buffer, std::uint64_t offset,
+                                 std::uint64_t end)
     : m_file(file)
     , m_end(end)
+    , m_buffer(buffer)
     , m_bufferOffset(offset)
     , m_endOfTerminated(offset)
 {}
@@ -111,15 +79,12 @@ std::optional<TranscriptLines::Line> TranscriptLines::take(std::size_t length, b
 
 void TranscriptLines::reserve(std::size_t capacity)
 {
-    if (capacity == m_capacity)
+    if (capacity == m_buffer.capacity())
         return;
-    // What is buffered is read again: the old memory goes first, so that there is never more than one.
-    m_buffer = Pages();
-    m_capacity = 0;
+    // What is buffered is read again.
     m_bufferOffset += m_begin;
     m_begin = m_scanned = m_filled = 0;
-    m_buffer = Pages(capacity);
-    m_capacity = capacity;
+    m_buffer.reserve(capacity);
 }
 
 std::optional<std::size_t> TranscriptLines::readBlock(std::uint64_t offset, std::size_t at, std::size_t length)
@@ -131,9 +96,10 @@ std::optional<std::size_t> TranscriptLines::readBlock(std::uint64_t offset, std:
 bool TranscriptLines::fill()
 {
     const std::size_t kept = m_filled - m_begin;
-    if (kept + blockSize > m_capacity)
-        reserve(std::clamp(2 * m_capacity, ordinaryCapacity, longestCapacity));
-    else if (m_capacity > ordinaryCapacity && kept < blockSize)
+    const std::size_t capacity = m_buffer.capacity();
+    if (kept + blockSize > capacity)
+        reserve(std::clamp(2 * capacity, ordinaryCapacity, longestCapacity));
+    else if (capacity > ordinaryCapacity && kept < blockSize)
         reserve(ordinaryCapacity);
     if (m_begin > 0) {
         std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_filled - m_begin);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "transcripts/TranscriptBuffer.h"
 #include "transcripts/TranscriptFile.h"
 
 #include <cstdint>
@@ -27,9 +28,12 @@ public:
     };
 
     /// `offset` is where a line begins. At `end`, which is where another one does, it stops as at the file's end. The
-    /// file must outlive this.
-    explicit TranscriptLines(const TranscriptFile &file, std::uint64_t offset = 0,
-                             std::uint64_t end = std::numeric_limits<std::uint64_t>::max());
+    /// file and the buffer, which nobody else uses meanwhile, must outlive this.
+    TranscriptLines(const TranscriptFile &file, TranscriptBuffer &buffer, std::uint64_t offset = 0,
+                    std::uint64_t end = std::numeric_limits<std::uint64_t>::max());
+    ~TranscriptLines() { m_buffer.releaseLong(); }
+    TranscriptLines(const TranscriptLines &) = delete;
+    TranscriptLines &operator=(const TranscriptLines &) = delete;
 
     /// The next line, empty ones included; nothing at the end, and nothing any more once hasFailed().
     [[nodiscard]] std::optional<Line> next();
@@ -40,22 +44,6 @@ public:
     [[nodiscard]] std::uint64_t endOfTerminated() const { return m_endOfTerminated; }
 
 private:
-    /// Memory straight from the system: it begins at a page and goes back at once.
-    class Pages
-    {
-    public:
-        Pages() = default;
-        explicit Pages(std::size_t size);
-        Pages(Pages &&other) noexcept;
-        Pages &operator=(Pages &&other) noexcept;
-        ~Pages();
-        [[nodiscard]] char *get() const { return m_memory; }
-
-    private:
-        char *m_memory { nullptr };
-        std::size_t m_size { 0 };
-    };
-
     void reserve(std::size_t capacity);
     /// Reads on behind what is buffered, which begins with the line that is wanted. False at the end of the file.
     bool fill();
@@ -67,8 +55,7 @@ private:
 
     const TranscriptFile &m_file;
     const std::uint64_t m_end;
-    Pages m_buffer;
-    std::size_t m_capacity { 0 };
+    TranscriptBuffer &m_buffer;
     std::uint64_t m_bufferOffset; ///< Of the buffer's first byte in the file.
     std::size_t m_begin { 0 };    ///< Where the next line begins in the buffer.
     std::size_t m_scanned { 0 };  ///< Up to here it holds no line feed.

@@ -278,7 +278,8 @@ TranscriptMessageReader::Piece TranscriptMessageReader::readPiece(const Transcri
 {
     Piece piece;
     piece.count = before;
-    TranscriptLines lines(file, begin, end);
+    TranscriptBuffer buffer;
+    TranscriptLines lines(file, buffer, begin, end);
     TranscriptLineReader reader;
     while (const auto line = lines.next()) {
         const auto content = reader.read(line->text);

@@ -23,7 +23,7 @@ class HistoricalSessionReaderTest : public TranscriptProjectsTest
 protected:
     [[nodiscard]] std::optional<HistoricalSession> read() const
     {
-        return readHistoricalSession({ projects(), folder, session });
+        return readHistoricalSession({ projects(), folder, session }, m_buffer);
     }
     [[nodiscard]] std::optional<HistoricalSession> read(const QByteArray &bytes) const
     {
@@ -46,6 +46,9 @@ protected:
                R"(},"type":"assistant"})"
                "\n";
     }
+
+private:
+    mutable TranscriptBuffer m_buffer; ///< For all that a test reads.
 };
 
 TEST_F(HistoricalSessionReaderTest, gathersWhatTheLinesTell)

@@ -27,7 +27,8 @@ Reading readAll(const QString &path, std::uint64_t offset = 0)
     const auto file = TranscriptFile::open(path);
     if (!file)
         return {};
-    TranscriptLines lines(*file, offset);
+    TranscriptBuffer buffer;
+    TranscriptLines lines(*file, buffer, offset);
     Reading reading;
     while (const auto line = lines.next()) {
         reading.lines.emplace_back(line->text);
@@ -168,7 +169,8 @@ TEST(TranscriptLines, givesTheLinesBeforeOneThatIsNotUtf8)
         const TranscriptScratch scratch(sound + sound + "one\n" + unsound + '\n' + sound);
         const auto file = TranscriptFile::open(scratch.path());
         ASSERT_TRUE(file);
-        TranscriptLines lines(*file);
+        TranscriptBuffer buffer;
+        TranscriptLines lines(*file, buffer);
         for (int i = 0; i < 3; ++i)
             ASSERT_TRUE(lines.next());
         EXPECT_FALSE(lines.hasFailed());
@@ -184,7 +186,8 @@ TEST(TranscriptLines, endsQuietlyWhenTheFileShrinks)
     const TranscriptScratch scratch(QByteArray(line + '\n').repeated(10));
     const auto file = TranscriptFile::open(scratch.path());
     ASSERT_TRUE(file);
-    TranscriptLines lines(*file);
+    TranscriptBuffer buffer;
+    TranscriptLines lines(*file, buffer);
     ASSERT_TRUE(lines.next());
 
     scratch.truncate(1'000);
@@ -198,7 +201,8 @@ TEST(TranscriptLines, doesNotGoOnWithinALineThatGrew)
     const TranscriptScratch scratch("one\ntw");
     const auto file = TranscriptFile::open(scratch.path());
     ASSERT_TRUE(file);
-    TranscriptLines lines(*file);
+    TranscriptBuffer buffer;
+    TranscriptLines lines(*file, buffer);
     ASSERT_TRUE(lines.next());
     const auto piece = lines.next();
     ASSERT_TRUE(piece);
@@ -215,7 +219,8 @@ TEST(TranscriptLines, failsWhereNothingCanBeRead)
     auto file = TranscriptFile::open(scratch.path());
     ASSERT_TRUE(file);
     // Beyond what an offset can hold.
-    TranscriptLines lines(*file, std::uint64_t { 1 } << 63);
+    TranscriptBuffer buffer;
+    TranscriptLines lines(*file, buffer, std::uint64_t { 1 } << 63);
     EXPECT_FALSE(lines.next());
     EXPECT_TRUE(lines.hasFailed());
 }
