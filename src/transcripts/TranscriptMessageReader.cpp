@@ -191,6 +191,7 @@ std::vector<TranscriptMessage> TranscriptMessageReader::read()
         m_progress->state = state;
         if (!readOn(*m_progress, *file))
             m_progress.reset();
+        m_buffers.front().releaseLong();
     }
     return m_progress ? result() : std::vector<TranscriptMessage>();
 }
@@ -211,14 +212,18 @@ void TranscriptMessageReader::Piece::add(const Place &place, std::int64_t limit)
         messages -= last.front().messages;
 }
 
-bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &file) const
+bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &file)
 {
     constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
     const std::uint64_t begin = progress.end;
+    auto &[buffer, otherBuffer] = m_buffers;
     Piece piece;
     if (const auto second = middle(begin, progress, file)) {
-        auto front = std::async(std::launch::async, [&] { return readPiece(file, begin, *second, progress.count); });
-        Piece back = readPiece(file, *second, toTheEnd, 0);
+        // Without a thread to be had, this one reads the front, too.
+        auto front = std::async(std::launch::async | std::launch::deferred, [&, &other = otherBuffer] {
+            return readPiece(file, other, begin, *second, progress.count);
+        });
+        Piece back = readPiece(file, buffer, *second, toTheEnd, 0);
         piece = front.get();
         piece.hasFailed = piece.hasFailed || back.hasFailed || piece.end != *second;
         for (Place &place : back.last) {
@@ -231,13 +236,13 @@ bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &f
         piece.count += back.count;
         piece.end = back.end;
     } else {
-        piece = readPiece(file, begin, toTheEnd, progress.count);
+        piece = readPiece(file, buffer, begin, toTheEnd, progress.count);
     }
     if (piece.hasFailed)
         return false;
 
     for (const Place &place : piece.last) {
-        auto messages = make(place, true, file);
+        auto messages = make(place, true, file, buffer);
         if (!messages)
             return false;
         std::ranges::move(*messages, std::back_inserter(progress.messages));
@@ -246,7 +251,7 @@ bool TranscriptMessageReader::readOn(Progress &progress, const TranscriptFile &f
         progress.messages.pop_front();
     progress.unfinished.clear();
     if (piece.unfinished)
-        progress.unfinished = make(*piece.unfinished, false, file).value_or(std::vector<TranscriptMessage>());
+        progress.unfinished = make(*piece.unfinished, false, file, buffer).value_or(std::vector<TranscriptMessage>());
     progress.count = piece.count;
     progress.end = piece.end;
     const std::size_t length = std::min<std::uint64_t>(progress.end, comparedLength);
@@ -273,12 +278,12 @@ std::optional<std::uint64_t> TranscriptMessageReader::middle(std::uint64_t begin
     return std::nullopt;
 }
 
-TranscriptMessageReader::Piece TranscriptMessageReader::readPiece(const TranscriptFile &file, std::uint64_t begin,
-                                                                  std::uint64_t end, std::int64_t before) const
+TranscriptMessageReader::Piece TranscriptMessageReader::readPiece(const TranscriptFile &file, TranscriptBuffer &buffer,
+                                                                  std::uint64_t begin, std::uint64_t end,
+                                                                  std::int64_t before) const
 {
     Piece piece;
     piece.count = before;
-    TranscriptBuffer buffer;
     TranscriptLines lines(file, buffer, begin, end);
     TranscriptLineReader reader;
     while (const auto line = lines.next()) {
@@ -302,13 +307,16 @@ TranscriptMessageReader::Piece TranscriptMessageReader::readPiece(const Transcri
 }
 
 std::optional<std::vector<TranscriptMessage>> TranscriptMessageReader::make(const Place &place, bool isTerminated,
-                                                                            const TranscriptFile &file)
+                                                                            const TranscriptFile &file,
+                                                                            TranscriptBuffer &buffer)
 {
-    const auto bytes = file.read(place.offset, place.length);
-    if (!bytes || bytes->size() != place.length || !simdjson::validate_utf8(*bytes))
+    buffer.reserve(std::max({ buffer.capacity(), place.length, TranscriptBuffer::ordinaryCapacity }));
+    const auto count = file.read(place.offset, { buffer.get(), place.length });
+    const std::string_view bytes(buffer.get(), place.length);
+    if (count != place.length || !simdjson::validate_utf8(bytes))
         return std::nullopt;
     TranscriptLineReader reader;
-    const TranscriptLines::Line line { place.offset, *bytes, isTerminated };
+    const TranscriptLines::Line line { place.offset, bytes, isTerminated };
     const auto content = reader.read(line.text);
     // Another one than before: somebody is rewriting the file.
     if (!content || !LineMessages::areIn(*content) || !reader.isSound())

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "transcripts/TranscriptBuffer.h"
 #include "transcripts/TranscriptFile.h"
 #include "transcripts/TranscriptMessage.h"
 
 #include <QString>
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -13,7 +15,8 @@
 namespace vantry {
 
 /// Reads the last messages of a transcript, and remembers how far it has read: read again, a transcript that has grown
-/// costs what was added. Any thread, one at a time; the caller waits for the disk.
+/// costs what was added. Keeps the memory that it reads into, a megabyte or two. Any thread, one at a time; the caller
+/// waits for the disk.
 class TranscriptMessageReader
 {
 public:
@@ -65,23 +68,24 @@ private:
     [[nodiscard]] static bool goesOn(const Progress &progress, const TranscriptFile &file,
                                      const TranscriptFile::State &state);
     /// Takes what stands behind what has been read. False when the file can't be read or isn't UTF-8.
-    bool readOn(Progress &progress, const TranscriptFile &file) const;
+    bool readOn(Progress &progress, const TranscriptFile &file);
     /// Where the second of two threads begins with what stands behind `begin`; nothing when that is for one thread.
     [[nodiscard]] std::optional<std::uint64_t> middle(std::uint64_t begin, const Progress &progress,
                                                       const TranscriptFile &file) const;
     /// From `begin` to `end`, both where a line begins. Messages are counted from `before`.
-    [[nodiscard]] Piece readPiece(const TranscriptFile &file, std::uint64_t begin, std::uint64_t end,
-                                  std::int64_t before) const;
+    [[nodiscard]] Piece readPiece(const TranscriptFile &file, TranscriptBuffer &buffer, std::uint64_t begin,
+                                  std::uint64_t end, std::int64_t before) const;
     /// The messages of a line. What comes before the last ones has only been counted: texts are made for few. Nothing
-    /// when the line isn't what it was.
-    [[nodiscard]] static std::optional<std::vector<TranscriptMessage>> make(const Place &place, bool isTerminated,
-                                                                            const TranscriptFile &file);
+    /// when the line isn't what it was. The buffer may be left with what a long line needed.
+    [[nodiscard]] static std::optional<std::vector<TranscriptMessage>>
+    make(const Place &place, bool isTerminated, const TranscriptFile &file, TranscriptBuffer &buffer);
     [[nodiscard]] std::vector<TranscriptMessage> result() const;
 
     QString m_path;
     std::size_t m_limit;
     std::uint64_t m_share;
     std::optional<Progress> m_progress;
+    std::array<TranscriptBuffer, 2> m_buffers; ///< One for each thread.
 };
 
 /// The last `limit` messages of the transcript at the path, once.

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <random>
+#include <thread>
 
 namespace vantry::test {
 namespace {
@@ -255,6 +256,38 @@ TEST(TranscriptGrowth, readsAPieceThatIsCompletedLater)
     EXPECT_TRUE(reader.read() == before);
     scratch.append(numbered(3));
     EXPECT_EQ(reader.read().front(), before.back());
+}
+
+TEST(TranscriptGrowth, givesBackWhatVeryLongLinesNeededAtEachReading)
+{
+    const auto withText = [](int length) -> QByteArray {
+        return R"({"type":"assistant","uuid":"u","message":{"content":[{"type":"text","text":")" +
+               QByteArray(length, 'x') + R"("}]}})" + "\n";
+    };
+    constexpr int veryLong = 9'000'000;
+    const TranscriptScratch scratch(withText(veryLong) + withText(veryLong));
+    TranscriptMessageReader reader(scratch.path(), 2);
+    // As with a pool, where each reading may have another thread.
+    const auto lengths = [&reader] {
+        QList<qsizetype> found;
+        std::thread thread([&] {
+            for (const TranscriptMessage &message : reader.read())
+                found.append(message.text.size());
+        });
+        thread.join();
+        return found;
+    };
+    const auto isAnotherLargeOneToBeHad = [] {
+        TranscriptBuffer buffer;
+        buffer.reserve(veryLong);
+        return true;
+    };
+    EXPECT_EQ(lengths(), (QList<qsizetype> { veryLong, veryLong }));
+    EXPECT_TRUE(isAnotherLargeOneToBeHad());
+
+    scratch.append(withText(veryLong + 1));
+    EXPECT_EQ(lengths(), (QList<qsizetype> { veryLong, veryLong + 1 }));
+    EXPECT_TRUE(isAnotherLargeOneToBeHad());
 }
 
 } // namespace
