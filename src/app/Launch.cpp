@@ -4,6 +4,7 @@
 #include "app/Platform.h"
 #include "app/SignalHandler.h"
 #include "app/SingleInstance.h"
+#include "app/SuddenEnd.h"
 #include "app/VantryApp.h"
 #include "app/demo/Demo.h"
 #include "base/Subprocess.h"
@@ -131,6 +132,10 @@ int runApplication(Console &console)
         return showOther() ? exitCode::done : failToReachOther(console);
 
     const SignalHandler endingSignals([] { QCoreApplication::quit(); });
+    const SuddenEnd suddenEnd([&delegate] {
+        delegate.log().write("AppDelegate: the display has gone, ending");
+        delegate.applicationWillTerminate();
+    });
     std::optional<Scene> scene;
     if (qobject_cast<QApplication *>(QCoreApplication::instance()))
         scene.emplace(delegate, clock, scheduler);

@@ -1,0 +1,52 @@
+#include "app/SuddenEnd.h"
+
+#include <QString>
+
+#include <cstdlib>
+#include <thread>
+#include <utility>
+
+#include <unistd.h>
+
+namespace vantry {
+
+namespace {
+
+// An exit handler can't be taken back and takes no argument.
+std::function<void()> end;
+std::thread::id thread;
+QtMessageHandler previousHandler;
+
+void endInOrder()
+{
+    if (!end || thread != std::this_thread::get_id())
+        return;
+    std::exchange(end, nullptr)();
+    ::_exit(EXIT_FAILURE);
+}
+
+/// The toolkit leaves a Wayland compositor that has gone by _exit(), which runs no exit handler, but says so before.
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    previousHandler(type, context, message);
+    if (message.startsWith(u"The Wayland connection "))
+        endInOrder();
+}
+
+} // namespace
+
+SuddenEnd::SuddenEnd(std::function<void()> onEnd)
+{
+    [[maybe_unused]] static const int registered = std::atexit(endInOrder);
+    end = std::move(onEnd);
+    thread = std::this_thread::get_id();
+    previousHandler = qInstallMessageHandler(handleMessage);
+}
+
+SuddenEnd::~SuddenEnd()
+{
+    qInstallMessageHandler(previousHandler);
+    end = nullptr;
+}
+
+} // namespace vantry
