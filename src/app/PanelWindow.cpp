@@ -18,12 +18,12 @@ constexpr int roomForShadow = 40;
 /// The largest that the toolkit knows.
 constexpr QSize anySize((1 << 24) - 1, (1 << 24) - 1);
 
-QList<ScreenArea> screens()
+QList<ScreenArea> screens(const OverlayWindows &overlays)
 {
     QList<ScreenArea> areas;
     const auto all = QGuiApplication::screens(); // The primary one is the first.
     for (const QScreen *screen : all)
-        areas.append({ screen->geometry(), screen->availableGeometry() });
+        areas.append({ screen->geometry(), overlays.availableArea(*screen) });
     return areas;
 }
 
@@ -85,7 +85,7 @@ void PanelWindow::open(Form form, const PanelAnchor &anchor)
     m_windowBefore = m_surroundings.overlays.activeWindow();
     takeForm(form);
     if (isPopover())
-        setPanelGeometry(placePanel(panelSize(), anchor, screens()));
+        setPanelGeometry(placePanel(panelSize(), anchor, screens(m_surroundings.overlays)));
     else
         fitToPanel();
     m_surroundings.model.setVisible(true);
@@ -166,7 +166,7 @@ void PanelWindow::fitToPanel()
 {
     const QSize size = panelSize();
     if (!isPopover()) {
-        const QList<ScreenArea> areas = screens();
+        const QList<ScreenArea> areas = screens(m_surroundings.overlays);
         const QSize fitting = areas.isEmpty() ? size : size.boundedTo(areas.first().available.size());
         m_view->setMinimumSize(fitting);
         m_view->setMaximumSize(fitting);
@@ -174,7 +174,7 @@ void PanelWindow::fitToPanel()
     } else if (isOpen()) {
         const int margin = m_shadowMargin;
         const QRect panel = m_view->geometry().adjusted(margin, margin, -margin, -margin);
-        setPanelGeometry(resizePanel(panel, size, screens()));
+        setPanelGeometry(resizePanel(panel, size, screens(m_surroundings.overlays)));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+class QScreen;
 class QWindow;
 
 namespace vantry {
@@ -24,6 +25,8 @@ public:
     [[nodiscard]] virtual bool hasCompositor() const = 0;
     /// Whether the toolkit knows where the pointer is, also over the windows of others.
     [[nodiscard]] virtual bool seesPointer() const = 0;
+    /// What bars leave of the screen.
+    [[nodiscard]] virtual QRect availableArea(const QScreen &screen) const = 0;
     /// The window that has the focus, of whatever program.
     [[nodiscard]] virtual std::optional<WindowID> activeWindow() const = 0;
 

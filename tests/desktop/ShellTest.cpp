@@ -1,12 +1,16 @@
 #include "desktop/support/Desktop.h"
 #include "desktop/support/FakeTray.h"
+#include "program/HookCall.h"
 
+#include <QDir>
 #include <QFile>
+#include <QRect>
 #include <QRegularExpression>
 
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <optional>
 
 namespace vantry::test {
 namespace {
@@ -67,6 +71,59 @@ protected:
         const quint64 window = desktop.waitForWindow(u"Terminal"_s);
         EXPECT_TRUE(desktop.waitUntilActive(window));
         return window;
+    }
+    /// A real tray, at the bottom of the screen: the icon is drawn by the bar, which tells nobody where.
+    void startXfcePanel()
+    {
+        const QString folder = desktop.path(u"home/.config/xfce4/xfconf/xfce-perchannel-xml"_s);
+        ASSERT_TRUE(QDir().mkpath(folder));
+        QFile configuration(folder + u"/xfce4-panel.xml"_s);
+        ASSERT_TRUE(configuration.open(QFile::WriteOnly));
+        configuration.write(R"(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=4;x=1860;y=1060"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="32"/>
+      <property name="length" type="uint" value="20"/>
+      <property name="plugin-ids" type="array"><value type="int" value="1"/></property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="systray"/>
+  </property>
+</channel>
+)");
+        configuration.close();
+        desktop.start(u"xfce4-panel"_s, { u"--disable-wm-check"_s });
+    }
+    /// Where the only icon of that tray is; nothing as long as it has none.
+    [[nodiscard]] std::optional<QPoint> iconInXfcePanel() const
+    {
+        // With nothing in it, the part of the bar that holds the icons is a line.
+        constexpr int narrowest = 16;
+        const QStringList parts =
+            desktop.outputOf(u"xdotool"_s, { u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"^wrapper-2.0$"_s })
+                .split(u'\n', Qt::SkipEmptyParts);
+        for (const QString &part : parts) {
+            const QRect frame = frameOf(part.toULongLong());
+            if (frame.width() >= narrowest && frame.height() >= narrowest)
+                return frame.center();
+        }
+        return std::nullopt;
+    }
+    /// On the screen.
+    [[nodiscard]] QRect frameOf(quint64 window) const
+    {
+        const QString text = desktop.outputOf(u"xwininfo"_s, { u"-id"_s, QString::number(window) });
+        const auto number = [&text](const QString &name) {
+            return QRegularExpression(name + u":\\s+(-?\\d+)"_s).match(text).captured(1).toInt();
+        };
+        return { number(u"Absolute upper-left X"_s), number(u"Absolute upper-left Y"_s), number(u"Width"_s),
+                 number(u"Height"_s) };
     }
     void pressKey(const QString &key) const { (void)desktop.outputOf(u"xdotool"_s, { u"key"_s, key }); }
     void clickAt(int x, int y) const
@@ -242,17 +299,69 @@ TEST_F(ShellDesktopTest, opensBesideItsIconInAnX11Tray)
 
     clickIcon();
     ASSERT_TRUE(waitForPanel());
-    const QString geometry = desktop.outputOf(u"xwininfo"_s, { u"-id"_s, QString::number(panel) });
-    const auto number = [&](const char *name) {
-        const QRegularExpression line(QString::fromLatin1(name) + u":\\s+(-?\\d+)"_s);
-        return line.match(geometry).captured(1).toInt();
-    };
-    EXPECT_EQ(number("Absolute upper-left Y") + number("Height"), 1080 - 32 - 4);
+    EXPECT_EQ(frameOf(panel).bottom() + 1, 1080 - 32 - 4);
 
     clickIcon();
     EXPECT_TRUE(waitUntilClosed());
     clickIcon();
     EXPECT_TRUE(waitForPanel());
+}
+
+TEST_F(ShellDesktopTest, opensBesideItsIconInABarThatDoesNotTellWhereThatIs)
+{
+    const quint64 terminal = openTerminal();
+    // Bars can't be known from the size of the desktop where there are several screens.
+    (void)desktop.outputOf(u"xrandr"_s, { u"--setmonitor"_s, u"LEFT"_s, u"960/250x1080/280+0+0"_s, u"screen"_s });
+    (void)desktop.outputOf(u"xrandr"_s, { u"--setmonitor"_s, u"RIGHT"_s, u"960/250x1080/280+960+0"_s, u"none"_s });
+    desktop.start(u"picom"_s, { u"--backend"_s, u"xrender"_s });
+    startXfcePanel();
+    start();
+    std::optional<QPoint> icon;
+    ASSERT_TRUE(FakeTray::waitFor([&] { return (icon = iconInXfcePanel()).has_value(); })) << "no icon in the bar";
+    const QString workArea = u"= 0, 0, 1920, 1047"_s;
+    ASSERT_TRUE(FakeTray::waitFor([&] {
+        return desktop.outputOf(u"xprop"_s, { u"-root"_s, u"_NET_WORKAREA"_s }).contains(workArea);
+    }));
+
+    clickAt(icon->x(), icon->y());
+    ASSERT_TRUE(waitForPanel());
+    constexpr int roomForShadow = 40;
+    const QRect frame = frameOf(panel).adjusted(roomForShadow, roomForShadow, -roomForShadow, -roomForShadow);
+    EXPECT_EQ(frame.bottom() + 1, 1047 - 4);
+    EXPECT_LE(frame.left(), icon->x());
+    EXPECT_GE(frame.right(), icon->x());
+
+    // The icon is under the panel's shadow.
+    clickAt(icon->x(), icon->y());
+    EXPECT_TRUE(waitUntilClosed());
+    EXPECT_TRUE(waitUntilActive(terminal));
+    clickAt(icon->x(), icon->y());
+    EXPECT_TRUE(waitForPanel());
+}
+
+TEST_F(ShellDesktopTest, endsInOrderWhenTheDisplayGoes)
+{
+    FakeTray tray(desktop.busAddress());
+    start();
+    ASSERT_TRUE(tray.waitForIcon());
+    tray.activate();
+    ASSERT_TRUE(waitForPanel());
+    auto held = HookCall::post({ { "session_id", "one" },
+                                 { "hook_event_name", "PermissionRequest" },
+                                 { "tool_name", "Bash" },
+                                 { "cwd", "/" } });
+    ASSERT_TRUE(FakeTray::waitFor([this] { return logText().contains("PendingPermissionStore: added Bash"); }));
+
+    desktop.server().kill();
+
+    ASSERT_TRUE(FakeTray::waitFor([this] { return hasEnded(*vantry); }));
+    EXPECT_EQ(vantry->exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(vantry->exitCode(), 1);
+    EXPECT_EQ(held.response(), "") << "the request is let go, without an answer";
+    EXPECT_THAT(logText().toStdString(), ::testing::HasSubstr("the display has gone, ending"));
+    EXPECT_THAT(logText().toStdString(), ::testing::HasSubstr("HTTPHookServer: stopped"));
+    EXPECT_FALSE(QFile::exists(desktop.path(u"home/.local/share/Vantry/vantry.db-wal"_s))) << "the database is closed";
+    EXPECT_FALSE(isHealthy());
 }
 
 TEST_F(ShellDesktopTest, runsWithoutWindowsWhereTheDisplayDoesNotAnswer)

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QRect>
+#include <QScreen>
 #include <QWindow>
 
 namespace vantry::test {
@@ -15,6 +16,7 @@ public:
     [[nodiscard]] bool canPlace() const override { return places; }
     [[nodiscard]] bool hasCompositor() const override { return compositor; }
     [[nodiscard]] bool seesPointer() const override { return false; }
+    [[nodiscard]] QRect availableArea(const QScreen &screen) const override { return screen.availableGeometry(); }
     [[nodiscard]] std::optional<WindowID> activeWindow() const override { return active; }
     void setUpOverlay(QWindow &) override { ++overlays; }
     void setInputArea(QWindow &, const QRect &area) override { inputArea = area; }

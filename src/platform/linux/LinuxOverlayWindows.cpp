@@ -1,14 +1,18 @@
 #include "platform/linux/LinuxOverlayWindows.h"
 
 #include "platform/linux/ToolkitX11.h"
+#include "platform/linux/WindowStrut.h"
 
 #include <QEvent>
+#include <QScreen>
 #include <QWindow>
 
 #include <xcb/shape.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
+#include <vector>
 
 namespace vantry {
 
@@ -49,6 +53,31 @@ private:
     std::function<void()> m_action;
 };
 
+xcb_get_property_cookie_t askForValues(xcb_connection_t *server, xcb_window_t window, xcb_atom_t property)
+{
+    constexpr std::uint32_t most = 4'096;
+    return xcb_get_property(server, 0, window, property, XCB_ATOM_ANY, 0, most);
+}
+
+/// The 32-bit numbers that were asked for; none where the property is absent or of another form.
+std::vector<std::uint32_t> values(xcb_connection_t *server, xcb_get_property_cookie_t cookie)
+{
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(server, cookie, nullptr));
+    if (!reply || reply->format != 32)
+        return {};
+    const auto *first = static_cast<const std::uint32_t *>(xcb_get_property_value(reply.get()));
+    return { first, first + reply->value_len };
+}
+
+/// Has the server tell of the window's input area as if it had changed.
+void announceInputArea(QWindow &window)
+{
+    xcb_connection_t *server = toolkitX11::connection();
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    xcb_shape_combine(server, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_SHAPE_SK_INPUT, id, 0, 0, id);
+    xcb_flush(server);
+}
+
 } // namespace
 
 LinuxOverlayWindows::LinuxOverlayWindows()
@@ -63,6 +92,8 @@ LinuxOverlayWindows::LinuxOverlayWindows()
     m_state = toolkitX11::atom("_NET_WM_STATE");
     m_skipTaskbar = toolkitX11::atom("_NET_WM_STATE_SKIP_TASKBAR");
     m_skipPager = toolkitX11::atom("_NET_WM_STATE_SKIP_PAGER");
+    m_clientList = toolkitX11::atom("_NET_CLIENT_LIST");
+    m_strut = toolkitX11::atom("_NET_WM_STRUT_PARTIAL");
 }
 
 bool LinuxOverlayWindows::canPlace() const
@@ -79,6 +110,40 @@ bool LinuxOverlayWindows::hasCompositor() const
 bool LinuxOverlayWindows::seesPointer() const
 {
     return canPlace() && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+QRect LinuxOverlayWindows::availableArea(const QScreen &screen) const
+{
+    // Where there are several screens, the toolkit takes all of each for available.
+    xcb_connection_t *server = toolkitX11::connection();
+    if (!server)
+        return screen.availableGeometry();
+    const auto rootCookie = xcb_get_geometry(server, m_root);
+    const std::vector<std::uint32_t> clients = values(server, askForValues(server, m_root, m_clientList));
+    std::vector<xcb_get_property_cookie_t> cookies;
+    cookies.reserve(clients.size());
+    for (const xcb_window_t client : clients)
+        cookies.push_back(askForValues(server, client, m_strut));
+    const X11Reply<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(server, rootCookie, nullptr));
+    QList<WindowStrut> struts;
+    for (const xcb_get_property_cookie_t cookie : cookies) {
+        WindowStrut strut {};
+        const std::vector<std::uint32_t> numbers = values(server, cookie);
+        if (numbers.size() != strut.size())
+            continue;
+        std::ranges::copy(numbers, strut.begin());
+        struts.append(strut);
+    }
+    if (!root)
+        return screen.availableGeometry();
+
+    // The toolkit scales what is on a screen, not where that begins.
+    const double scale = screen.devicePixelRatio();
+    const QPoint origin = screen.geometry().topLeft();
+    const QRect pixels(origin, (QSizeF(screen.size()) * scale).toSize());
+    const QRect rest = areaWithoutStruts(pixels, struts, QSize(root->width, root->height));
+    const QRect available(origin + (rest.topLeft() - origin) / scale, (QSizeF(rest.size()) / scale).toSize());
+    return available.intersected(screen.availableGeometry());
 }
 
 std::optional<OverlayWindows::WindowID> LinuxOverlayWindows::activeWindow() const
@@ -120,6 +185,9 @@ void LinuxOverlayWindows::setInputArea(QWindow &window, const QRect &area)
     xcb_shape_rectangles(server, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
                          static_cast<xcb_window_t>(window.winId()), 0, 0, 1, &rectangle);
     xcb_flush(server);
+    // Some window managers put a frame around the window, and take over for it only areas that they see change.
+    if (!window.isExposed())
+        new WhenExposed(window, [&window] { announceInputArea(window); });
 }
 
 void LinuxOverlayWindows::takeFocus(QWindow &window)

@@ -18,6 +18,7 @@ public:
     [[nodiscard]] bool canPlace() const override;
     [[nodiscard]] bool hasCompositor() const override;
     [[nodiscard]] bool seesPointer() const override;
+    [[nodiscard]] QRect availableArea(const QScreen &screen) const override;
     [[nodiscard]] std::optional<WindowID> activeWindow() const override;
     void setUpOverlay(QWindow &window) override;
     void setInputArea(QWindow &window, const QRect &area) override;
@@ -32,6 +33,8 @@ private:
     std::uint32_t m_state { 0 };
     std::uint32_t m_skipTaskbar { 0 };
     std::uint32_t m_skipPager { 0 };
+    std::uint32_t m_clientList { 0 };
+    std::uint32_t m_strut { 0 };
 };
 
 } // namespace vantry
