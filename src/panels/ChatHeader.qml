@@ -28,7 +28,10 @@ FocusScope {
     T.AbstractButton {
         id: title
 
-        readonly property real room: context.x - x - Tokens.sp8
+        /// Between the way back and the context, in whichever direction.
+        readonly property real before: back.anchors.leftMargin + back.width + anchors.leftMargin
+        readonly property real behind: stop.anchors.rightMargin + stop.width + context.anchors.rightMargin + context.width
+        readonly property real room: root.width - before - behind - Tokens.sp8
 
         anchors.left: back.right
         anchors.leftMargin: Tokens.sp2

@@ -48,8 +48,15 @@ T.AbstractButton {
                 text: root.text
                 textStyle: Tokens.meta
                 color: root.color
-                font.underline: root.hovered
                 Accessible.ignored: true
+
+                Rectangle {
+                    y: parent.baselineOffset + Tokens.sp2
+                    width: parent.width
+                    height: 1
+                    visible: root.hovered
+                    color: root.color
+                }
             }
         }
         Rectangle {

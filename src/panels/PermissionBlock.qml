@@ -103,7 +103,8 @@ Item {
             anchors.rightMargin: Tokens.sp6
             kind: Button.Plain
             size: Button.Regular
-            rightPadding: Tokens.sp12 + Tokens.iconTiny + Tokens.sp6
+            leftPadding: Tokens.sp12 + (mirrored ? chevron.width + Tokens.sp6 : 0)
+            rightPadding: Tokens.sp12 + (mirrored ? 0 : chevron.width + Tokens.sp6)
             enabled: !root.model.allowPressed
             text: qsTr("Deny")
             textColor: Theme.text2
@@ -111,6 +112,8 @@ Item {
             onClicked: denyMenu.popup(deny, 0, -denyMenu.height)
 
             Symbol {
+                id: chevron
+
                 anchors.right: parent.right
                 anchors.rightMargin: Tokens.sp12
                 anchors.verticalCenter: parent.verticalCenter

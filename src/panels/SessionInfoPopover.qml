@@ -27,10 +27,14 @@ T.Popup {
     }
     contentItem: Column {
         spacing: Tokens.sp4
+        // It doesn't stand in the panel, which is mirrored.
+        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable
+        LayoutMirroring.childrenInherit: true
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Session info")
 
         Row {
+            width: root.availableWidth
             spacing: Tokens.sp6
             bottomPadding: Tokens.sp2
             Accessible.role: Accessible.ListItem

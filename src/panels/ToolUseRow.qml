@@ -30,7 +30,7 @@ Item {
         anchors.left: symbol.right
         anchors.leftMargin: Tokens.sp6 + 1
         anchors.verticalCenter: parent.verticalCenter
-        width: Math.min(implicitWidth, root.width * 0.6)
+        width: Math.min(implicitWidth, root.toolSummary === "" ? root.width - symbol.width - 2 * Tokens.sp6 : root.width * 0.6)
         text: root.toolName
         textStyle: Tokens.bodyStrong
         color: Theme.text2

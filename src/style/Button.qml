@@ -31,7 +31,8 @@ T.Button {
     readonly property bool usable: enabled && disabledReason === "" && !busy && !done
     readonly property bool isFilled: kind === Button.Accent || kind === Button.Ink
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    // Whole pixels, else a mirrored flow of buttons is a bit wider than its room.
+    implicitWidth: Math.ceil(implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: [Tokens.buttonSmall, Tokens.button, Tokens.buttonLarge][size]
     horizontalPadding: [Tokens.sp8 + Tokens.sp2, Tokens.sp12, Tokens.sp16][size]
     hoverEnabled: true

@@ -8,13 +8,14 @@ FocusScope {
 
     property string placeholder
     property alias text: area.text
+    property alias readOnly: area.readOnly
     property int maxLines: 4
     readonly property alias preeditText: area.preeditText
     property real leftPadding: Tokens.sp8
 
     signal accepted
 
-    implicitHeight: Math.max(Tokens.fieldHeight, Math.min(area.contentHeight, maxLines * Tokens.body.lineHeight) + flickable.anchors.topMargin + flickable.anchors.bottomMargin)
+    implicitHeight: Math.max(Tokens.fieldHeight, Math.min(1, maxLines / Math.max(1, area.lineCount)) * area.contentHeight + flickable.anchors.topMargin + flickable.anchors.bottomMargin)
 
     FieldSurface {
         anchors.fill: parent
@@ -35,6 +36,7 @@ FocusScope {
             id: area
 
             focus: true
+            topPadding: Math.max(0, Math.round((flickable.height - contentHeight) / 2))
             leftPadding: root.leftPadding
             rightPadding: Tokens.sp8
             font: Tokens.body.font
@@ -44,6 +46,8 @@ FocusScope {
             selectByMouse: true
             wrapMode: TextEdit.Wrap
             textFormat: TextEdit.PlainText
+            // A text stands as its language does, the caret before it as the placeholder.
+            horizontalAlignment: text === "" ? TextEdit.AlignLeft : undefined
             Accessible.role: Accessible.EditableText
             Accessible.name: root.placeholder
 
