@@ -49,7 +49,7 @@ void MenuBarViewModel::setVisible(bool visible)
     if (std::exchange(m_isVisible, visible) == visible)
         return;
     m_sessionList.setVisible(visible);
-    m_browser.setVisible(visible);
+    tellScreens();
     if (visible)
         m_browser.loadRecentSessions();
     if (m_chat)
@@ -169,9 +169,16 @@ void MenuBarViewModel::navigate(Direction direction, const std::function<void()>
     tell(true);
     if (std::exchange(m_screen, screenForState()) != m_screen) {
         m_isGoingBack = direction == Direction::Back;
+        tellScreens();
         Q_EMIT screenChanged();
     }
     tell(false);
+}
+
+void MenuBarViewModel::tellScreens()
+{
+    m_browser.setVisible(m_isVisible && m_screen == SessionBrowser);
+    m_picker.setVisible(m_isVisible && m_screen == NewSessionPicker);
 }
 
 MenuBarViewModel::Screen MenuBarViewModel::screenForState() const

@@ -113,6 +113,8 @@ private:
     /// Makes a change of what is open, and tells of what it has done.
     void navigate(Direction direction, const std::function<void()> &change);
     [[nodiscard]] Screen screenForState() const;
+    /// Tells the models of the searching screens whether they are shown.
+    void tellScreens();
     /// Keeps a screen's model until its screen has surely gone.
     void retire(std::unique_ptr<QObject> model);
 

@@ -1,11 +1,9 @@
 #include "panels/ProjectPickerModel.h"
 
 #include "base/Text.h"
-#include "sessions/SessionText.h"
 
 #include <QPointer>
 
-#include <algorithm>
 #include <utility>
 
 namespace vantry {
@@ -32,6 +30,7 @@ struct ProjectPickerModel::Row
 {
     QString id;
     RecentProject project;
+    Date time;
     QString timeText;
 
     [[nodiscard]] QVariant value(int role) const
@@ -54,8 +53,7 @@ struct ProjectPickerModel::Row
 };
 
 ProjectPickerModel::ProjectPickerModel(const PanelServices &services, QObject *parent)
-    : RowListModel(vantry::roleNames(), parent)
-    , m_services(services)
+    : SearchListModel(services, vantry::roleNames(), 0, parent)
 {}
 
 ProjectPickerModel::~ProjectPickerModel() = default;
@@ -68,24 +66,6 @@ int ProjectPickerModel::rowCount(const QModelIndex &parent) const
 QVariant ProjectPickerModel::data(const QModelIndex &index, int role) const
 {
     return checkIndex(index, CheckIndexOption::IndexIsValid) ? m_rows.at(index.row()).value(role) : QVariant();
-}
-
-void ProjectPickerModel::setSearchText(const QString &text)
-{
-    if (m_searchText == text)
-        return;
-    m_searchText = text;
-    setSelectionIndex(-1);
-    showProjects();
-    Q_EMIT searchTextChanged();
-}
-
-void ProjectPickerModel::setSelectionIndex(int index)
-{
-    if (index < -1 || index >= count())
-        index = -1;
-    if (std::exchange(m_selectionIndex, index) != index)
-        Q_EMIT selectionIndexChanged();
 }
 
 QString ProjectPickerModel::emptyTitle() const
@@ -109,34 +89,15 @@ QString ProjectPickerModel::emptySymbol() const
 
 void ProjectPickerModel::load()
 {
-    setSearchText(QString());
-    setSelectionIndex(-1);
+    clear();
     m_isLoading = true;
     Q_EMIT stateChanged();
-    m_services.workers.run([&mainQueue = m_services.mainQueue, home = m_services.home, self = QPointer(this)] {
+    services().workers.run([&mainQueue = services().mainQueue, home = services().home, self = QPointer(this)] {
         mainQueue.post([self, projects = RecentProjects(home).loadRecentProjects(projectLimit)] {
             if (self)
                 self->takeProjects(projects);
         });
     });
-}
-
-void ProjectPickerModel::moveUp()
-{
-    setSelectionIndex(m_selectionIndex <= 0 ? count() - 1 : m_selectionIndex - 1);
-}
-
-void ProjectPickerModel::moveDown()
-{
-    setSelectionIndex(m_selectionIndex >= count() - 1 ? 0 : m_selectionIndex + 1);
-}
-
-bool ProjectPickerModel::submit()
-{
-    if (m_selectionIndex < 0)
-        setSelectionIndex(0);
-    open(m_selectionIndex);
-    return true;
 }
 
 void ProjectPickerModel::open(int index)
@@ -151,29 +112,25 @@ void ProjectPickerModel::takeProjects(const QList<RecentProject> &projects)
 {
     m_projects = projects;
     m_isLoading = false;
-    showProjects();
+    showRows();
 }
 
-void ProjectPickerModel::showProjects()
+void ProjectPickerModel::showRows()
 {
-    const QString selected = m_selectionIndex >= 0 ? m_rows.at(m_selectionIndex).id : QString();
-    const QString filter = trimmedWhitespace(m_searchText).toString();
-    const Date now = m_services.clock.now();
+    const QString filter = trimmedWhitespace(searchText()).toString();
+    const Date now = services().clock.now();
     QList<Row> rows;
     for (const RecentProject &project : std::as_const(m_projects)) {
         if (project.name.contains(filter, Qt::CaseInsensitive) || project.path.contains(filter, Qt::CaseInsensitive))
-            rows.append({ project.id, project, timeAgoText(project.lastUsed, now) });
+            rows.append({ project.id, project, project.lastUsed, timeAgoText(project.lastUsed, now) });
     }
-    replaceRows(m_rows, rows);
-    // What was chosen stays chosen, wherever it stands now.
-    if (m_selectionIndex >= 0)
-        setSelectionIndex(static_cast<int>(std::ranges::find(m_rows, selected, &Row::id) - m_rows.begin()));
+    replaceSearchRows(m_rows, rows);
     Q_EMIT stateChanged();
 }
 
 bool ProjectPickerModel::isFiltered() const
 {
-    return !trimmedWhitespace(m_searchText).isEmpty();
+    return !trimmedWhitespace(searchText()).isEmpty();
 }
 
 } // namespace vantry

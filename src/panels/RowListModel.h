@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
+#include <chrono>
 #include <utility>
 
 namespace vantry {
@@ -31,6 +32,10 @@ Q_SIGNALS:
     void countChanged();
 
 protected:
+    /// Rows that show how long ago something was are looked at again at least this often while they are visible: the
+    /// wall clock may be set, and timers stand still while the machine sleeps.
+    static constexpr std::chrono::seconds longestRest { 60 };
+
     explicit RowListModel(QHash<int, QByteArray> roleNames, QObject *parent = nullptr);
 
     /// Turns the rows into the given ones. A row has `QString id`, its key, which is unique in the list, and

@@ -1,11 +1,8 @@
 #include "panels/SessionBrowserModel.h"
 
-#include "sessions/SessionText.h"
-
 #include <QPointer>
 #include <QSet>
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -52,14 +49,20 @@ struct SessionBrowserModel::Row
     QString id;
     QString name;
     QString branch;
+    Date time;
     QString timeText;
     QString snippet;
     QString toolSymbol;
 
     [[nodiscard]] static Row of(const RememberedSession &session, Date now)
     {
-        return { session.id,      session.displayName(),    session.gitBranch, timeAgoText(session.lastUpdated, now),
-                 session.snippet, symbol(session.agentTool) };
+        return { session.id,
+                 session.displayName(),
+                 session.gitBranch,
+                 session.lastUpdated,
+                 timeAgoText(session.lastUpdated, now),
+                 session.snippet,
+                 symbol(session.agentTool) };
     }
     [[nodiscard]] QVariant value(int role) const
     {
@@ -88,8 +91,7 @@ struct SessionBrowserModel::Row
 };
 
 SessionBrowserModel::SessionBrowserModel(const PanelServices &services, QObject *parent)
-    : RowListModel(vantry::roleNames(), parent)
-    , m_services(services)
+    : SearchListModel(services, vantry::roleNames(), 1, parent)
     , m_generation(std::make_shared<std::atomic<quint64>>(0))
 {}
 
@@ -108,45 +110,32 @@ QVariant SessionBrowserModel::data(const QModelIndex &index, int role) const
     return checkIndex(index, CheckIndexOption::IndexIsValid) ? m_rows.at(index.row()).value(role) : QVariant();
 }
 
-void SessionBrowserModel::setSearchText(const QString &text)
+void SessionBrowserModel::takeSearchText()
 {
-    if (m_searchText == text)
-        return;
-    m_searchText = text;
     ++*m_generation;
     m_searchDebounce.cancel();
-    setSelectionIndex(-1);
-    if (text.isEmpty())
+    if (searchText().isEmpty())
         m_searchResults.clear();
-    setSearching(!text.isEmpty());
-    showResults();
-    if (m_isVisible && m_isSearching)
+    setSearching(!searchText().isEmpty());
+    showRows();
+    if (isVisible() && m_isSearching)
         startSearchSoon();
-    Q_EMIT searchTextChanged();
-}
-
-void SessionBrowserModel::setSelectionIndex(int index)
-{
-    if (index < -1 || index > count())
-        index = -1;
-    if (std::exchange(m_selectionIndex, index) != index)
-        Q_EMIT selectionIndexChanged();
 }
 
 bool SessionBrowserModel::hasNoMatch() const
 {
-    return !m_searchText.isEmpty() && !m_isSearching && m_rows.isEmpty();
+    return !searchText().isEmpty() && !m_isSearching && m_rows.isEmpty();
 }
 
 void SessionBrowserModel::loadRecentSessions()
 {
-    SessionStoring &store = m_services.store;
-    store.queue().async([&store, &mainQueue = m_services.mainQueue, self = QPointer(this)] {
+    SessionStoring &store = services().store;
+    store.queue().async([&store, &mainQueue = services().mainQueue, self = QPointer(this)] {
         mainQueue.post([self, results = remember(store.recentSessions(resultLimit))] {
             if (!self)
                 return;
             self->m_recentResults = results;
-            self->showResults();
+            self->showRows();
         });
     });
 }
@@ -157,42 +146,14 @@ void SessionBrowserModel::setFocusSearchOnAppear(bool focus)
         Q_EMIT focusSearchOnAppearChanged();
 }
 
-void SessionBrowserModel::clear()
-{
-    setSearchText(QString());
-    setSelectionIndex(-1);
-}
-
 void SessionBrowserModel::setVisible(bool visible)
 {
-    if (std::exchange(m_isVisible, visible) == visible)
+    if (visible == isVisible())
         return;
+    SearchListModel::setVisible(visible);
     m_searchDebounce.cancel();
     if (visible && m_isSearching)
         startSearchSoon();
-}
-
-void SessionBrowserModel::moveUp()
-{
-    setSelectionIndex(m_selectionIndex <= 0 ? count() : m_selectionIndex - 1);
-}
-
-void SessionBrowserModel::moveDown()
-{
-    setSelectionIndex(m_selectionIndex >= count() ? 0 : m_selectionIndex + 1);
-}
-
-void SessionBrowserModel::openSelected()
-{
-    open(m_selectionIndex);
-}
-
-bool SessionBrowserModel::submit()
-{
-    if (m_selectionIndex < 0)
-        setSelectionIndex(0);
-    openSelected();
-    return true;
 }
 
 void SessionBrowserModel::open(int index)
@@ -202,19 +163,19 @@ void SessionBrowserModel::open(int index)
     if (index < 1 || index > count() || !onOpenResult)
         return;
     // A copy: what is opened may change the list.
-    const RememberedSession result = (m_searchText.isEmpty() ? m_recentResults : m_searchResults).at(index - 1);
+    const RememberedSession result = shownResults().at(index - 1);
     onOpenResult(result);
 }
 
 void SessionBrowserModel::startSearchSoon()
 {
-    m_searchDebounce = m_services.scheduler.after(searchDebounce, [this] { search(); });
+    m_searchDebounce = services().scheduler.after(searchDebounce, [this] { search(); });
 }
 
 void SessionBrowserModel::search()
 {
-    SessionStoring &store = m_services.store;
-    store.queue().async([&store, &mainQueue = m_services.mainQueue, self = QPointer(this), text = m_searchText,
+    SessionStoring &store = services().store;
+    store.queue().async([&store, &mainQueue = services().mainQueue, self = QPointer(this), text = searchText(),
                          generation = m_generation, asked = m_generation->load()] {
         if (generation->load() != asked)
             return;
@@ -228,22 +189,18 @@ void SessionBrowserModel::search()
 void SessionBrowserModel::takeResults(const Results &results)
 {
     m_searchResults = results;
-    showResults();
+    showRows();
     setSearching(false);
 }
 
-void SessionBrowserModel::showResults()
+void SessionBrowserModel::showRows()
 {
-    const QString selected = selectedID();
-    const Date now = m_services.clock.now();
+    const Date now = services().clock.now();
     QList<Row> rows;
-    for (const RememberedSession &session : m_searchText.isEmpty() ? m_recentResults : m_searchResults)
+    for (const RememberedSession &session : shownResults())
         rows.append(Row::of(session, now));
     const bool hadNoMatch = hasNoMatch();
-    replaceRows(m_rows, rows);
-    // What was chosen stays chosen, wherever it stands now.
-    if (m_selectionIndex > 0)
-        setSelectionIndex(static_cast<int>(std::ranges::find(m_rows, selected, &Row::id) - m_rows.begin()) + 1);
+    replaceSearchRows(m_rows, rows);
     if (hasNoMatch() != hadNoMatch)
         Q_EMIT stateChanged();
 }
@@ -254,9 +211,9 @@ void SessionBrowserModel::setSearching(bool searching)
         Q_EMIT stateChanged();
 }
 
-QString SessionBrowserModel::selectedID() const
+const SessionBrowserModel::Results &SessionBrowserModel::shownResults() const
 {
-    return m_selectionIndex > 0 ? m_rows.at(m_selectionIndex - 1).id : QString();
+    return searchText().isEmpty() ? m_recentResults : m_searchResults;
 }
 
 } // namespace vantry

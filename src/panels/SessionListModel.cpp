@@ -15,9 +15,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::chrono::seconds attentionHold = 3s;
-/// The wall clock may be set, and timers stand still while the machine sleeps: what is shown is looked at at least this
-/// often.
-constexpr std::chrono::nanoseconds longestRest = 60s;
 /// A second press that comes so soon was not meant for the request that has come up in the meantime.
 constexpr std::chrono::milliseconds doublePress = 400ms;
 
@@ -244,8 +241,7 @@ void SessionListModel::scheduleRefresh()
     for (const SessionPtr &session : m_services.sessionManager.sessions()) {
         if (!session->isAlive())
             continue;
-        rest =
-            std::min({ rest, timeAgoTextLasts(session->lastUpdated(), now), holdLeft(*session).value_or(longestRest) });
+        rest = std::min({ rest, timeAgoTextLasts(session->lastUpdated(), now), holdLeft(*session).value_or(rest) });
     }
     m_refreshTimer =
         m_services.scheduler.after(std::chrono::ceil<std::chrono::milliseconds>(rest), [this] { refresh(); });

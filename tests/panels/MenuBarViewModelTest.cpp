@@ -359,6 +359,21 @@ TEST_F(MenuBarViewModelTest, secondLaunchTakesThePlaceOfTheFirst)
     EXPECT_EQ(chatID(), u"new"_s);
 }
 
+TEST_F(MenuBarViewModelTest, timesGoOnOnTheScreenThatIsShownAlone)
+{
+    remember(u"old"_s, u"x"_s);
+    openBrowser();
+    EXPECT_EQ(scheduler.activeTimers(), 1U);
+    panel.browser()->open(1);
+    settle();
+    EXPECT_EQ(panel.screen(), Model::ResumeDialog);
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+    panel.back();
+    EXPECT_EQ(scheduler.activeTimers(), 1U);
+    panel.back();
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+}
+
 TEST_F(MenuBarViewModelTest, nothingRunsOnWhenThePanelGoes)
 {
     remember(u"old"_s, u"x"_s);

@@ -50,6 +50,20 @@ protected:
     QStringList opened;
 };
 
+TEST_F(ProjectPickerModelTest, timesGoOnWhileThePickerIsVisible)
+{
+    use(u"ledger"_s, 3590);
+    load();
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+    picker.setVisible(true);
+    EXPECT_EQ(picker.index(0).data(Model::TimeTextRole), u"59m ago"_s);
+    wait(11);
+    EXPECT_EQ(picker.index(0).data(Model::TimeTextRole), u"1h ago"_s);
+    EXPECT_EQ(scheduler.activeTimers(), 1U);
+    picker.setVisible(false);
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+}
+
 TEST_F(ProjectPickerModelTest, projectsAreFoundOffTheMainThreadTheLastUsedFirst)
 {
     use(u"ledger"_s, 120);
