@@ -110,6 +110,13 @@ Urgency urgencyOf(const VantrySession &session, const HookEvent &event)
     return event.notificationType == NotificationType::authSuccess ? Urgency::Low : Urgency::Normal;
 }
 
+/// By a copy, since what is called may set another.
+void call(const std::function<void(const QString &)> function, const QString &argument)
+{
+    if (function)
+        function(argument);
+}
+
 /// As decimal text, always with a fraction.
 QString decimalText(double number)
 {
@@ -295,13 +302,15 @@ void NotificationService::didReceive(const NotificationCentre::Response &respons
     forget(response.identifier);
     const QVariant value = response.userInfo.value(sessionIDKey);
     const QString sessionID = value.metaType() == QMetaType::fromType<QString>() ? value.toString() : QString();
-    if (!response.activationToken.isEmpty() && onActivationToken)
-        onActivationToken(response.activationToken);
-    const Callback callback = response.actionIdentifier == allowAction  ? m_onAllowPermission
-                              : response.actionIdentifier == denyAction ? m_onDenyPermission
-                                                                        : m_onNotificationClicked;
-    if (callback)
-        callback(sessionID);
+    if (response.actionIdentifier == allowAction) {
+        call(m_onAllowPermission, sessionID);
+    } else if (response.actionIdentifier == denyAction) {
+        call(m_onDenyPermission, sessionID);
+    } else {
+        if (!response.activationToken.isEmpty())
+            call(onActivationToken, response.activationToken);
+        call(m_onNotificationClicked, sessionID);
+    }
 }
 
 void NotificationService::didClose(const QString &identifier)

@@ -54,7 +54,7 @@ public:
 
     /// Whether the panel is open. Set by the application; suppresses notifications.
     bool isPopoverVisible { false };
-    /// With the desktop's leave to bring a window forward, right before the callback of the click that it came with.
+    /// Takes the desktop's leave to bring a window forward, right before onNotificationClicked is called.
     std::function<void(const QString &token)> onActivationToken;
 
 private:

@@ -44,6 +44,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_transcriptIndexer.backfill(m_store);
     connectHookIntake();
     connectHeldPermissions();
+    connectAlerts();
     if (m_listens)
         startHttpServer();
     startTranscriptReader();
@@ -94,6 +95,18 @@ void AppDelegate::connectHeldPermissions()
         m_sessionManager.heldRequestsChanged(sessionID);
         m_sessionChanges.touch(sessionID);
     });
+}
+
+void AppDelegate::connectAlerts()
+{
+    m_sessionManager.onNeedsAttention = [this](const SessionPtr &session, const HookEvent &event) {
+        m_notificationService.notify(session, event);
+    };
+    m_notificationService.onActivationToken = m_ports.useActivationToken;
+    m_notificationService.configure(
+        [this](const QString &id) { m_sessionActions.focusSession(id); },
+        [this](const QString &id) { m_sessionActions.allow(id); },
+        [this](const QString &id) { m_sessionActions.deny(id, SessionActions::Denial::AgentGoesOn); });
 }
 
 void AppDelegate::startHttpServer()

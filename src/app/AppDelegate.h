@@ -1,5 +1,6 @@
 #pragma once
 
+#include "alerts/NotificationService.h"
 #include "app/SessionActions.h"
 #include "app/control/ControlService.h"
 #include "base/Clock.h"
@@ -14,6 +15,7 @@
 #include "panels/SessionCallbacks.h"
 #include "platform/Applications.h"
 #include "platform/ControlEndpoint.h"
+#include "platform/NotificationCentre.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
@@ -54,12 +56,15 @@ public:
         ControlEndpoint &controlEndpoint;
         Applications &applications;
         ScriptHost &scripts;
+        NotificationCentre &notifications;
         /// In the order in which they are asked.
         std::vector<TerminalDriver *> terminals {};
         /// What the agent prints about its options. Called off the main thread. Unset: nothing.
         std::function<std::optional<QString>()> agentHelp {};
         /// Has the desktop open a URL; gives why it didn't. Called off the main thread. Unset: nothing opens.
         std::function<std::optional<QString>(const QUrl &)> openUrl {};
+        /// Takes the desktop's leave to bring a window forward. Unset: nobody needs it.
+        std::function<void(const QString &token)> useActivationToken {};
     };
 
     /// Without a port nothing comes in from outside.
@@ -88,6 +93,7 @@ public:
     [[nodiscard]] PendingPermissionStore &pendingPermissions() { return m_pendingPermissions; }
     [[nodiscard]] SessionManager &sessionManager() { return m_sessionManager; }
     [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
+    [[nodiscard]] NotificationService &notificationService() { return m_notificationService; }
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
     [[nodiscard]] Log &log() { return m_log.general(); }
@@ -99,6 +105,7 @@ public:
 private:
     void connectHookIntake();
     void connectHeldPermissions();
+    void connectAlerts();
     void startHttpServer();
     void startTranscriptReader();
     void startTimers();
@@ -120,6 +127,8 @@ private:
     WorkerPool m_panelWorkers { 2, WorkerPool::Priority::Normal }; ///< Its tasks use all of the above.
     SessionManager m_sessionManager { m_store,       m_processChecker, m_gitFacts, m_pendingPermissions,
                                       m_ports.clock, m_log.general() };
+    NotificationService m_notificationService { { m_ports.notifications, m_pendingPermissions, m_defaults,
+                                                  m_ports.clock } };
     TerminalBridge m_terminalBridge;
     SessionActions m_sessionActions { { m_sessionManager, m_pendingPermissions, m_terminalBridge, m_ports.scheduler,
                                         m_log.general() } };

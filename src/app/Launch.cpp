@@ -124,9 +124,11 @@ int runApplication(Console &console)
     const auto processes = platform::makeProcessTable(paths);
     const auto peers = platform::makePeerIdentity();
     const auto endpoint = platform::makeControlEndpoint();
+    const auto notifications = platform::makeNotificationCentre();
     const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
-                                  *terminals.scripts, terminals.driverList(), platform::agentHelp, platform::openUrl });
+                                  *terminals.scripts, *notifications, terminals.driverList(), platform::agentHelp,
+                                  platform::openUrl, terminals.useActivationToken });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);

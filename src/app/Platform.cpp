@@ -9,11 +9,13 @@
 #include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxDesktopPreferences.h"
 #include "platform/linux/LinuxListeningPorts.h"
+#include "platform/linux/LinuxNotificationCentre.h"
 #include "platform/linux/LinuxOverlayWindows.h"
 #include "platform/linux/LinuxPeerIdentity.h"
 #include "platform/linux/LinuxProcessTable.h"
 #include "platform/linux/LinuxScriptHost.h"
 #include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/NotificationServer.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/TerminalEmulatorDriver.h"
 #include "platform/linux/TmuxDriver.h"
@@ -38,6 +40,11 @@ std::unique_ptr<ListeningPorts> makeListeningPorts()
     return std::make_unique<LinuxListeningPorts>();
 }
 
+std::unique_ptr<NotificationCentre> makeNotificationCentre()
+{
+    return std::make_unique<LinuxNotificationCentre>();
+}
+
 std::unique_ptr<PeerIdentity> makePeerIdentity()
 {
     return std::make_unique<LinuxPeerIdentity>();
@@ -60,7 +67,11 @@ Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue)
 {
     constexpr int scriptsAtOnce = 2;
     Terminals terminals;
-    terminals.applications = std::make_unique<LinuxApplications>(processes);
+    auto desktop = std::make_unique<LinuxApplications>(processes);
+    terminals.useActivationToken = [desktop = desktop.get()](const QString &token) {
+        desktop->useActivationToken(token);
+    };
+    terminals.applications = std::move(desktop);
     Applications &applications = *terminals.applications;
     terminals.workers = std::make_unique<WorkerPool>(scriptsAtOnce, WorkerPool::Priority::Normal);
     terminals.scripts = std::make_unique<LinuxScriptHost>(applications, *terminals.workers, mainQueue);
@@ -94,6 +105,11 @@ bool hasDisplay()
 bool hasTray()
 {
     return vantry::hasTray();
+}
+
+NotificationCentre::Server findNotificationServer()
+{
+    return vantry::findNotificationServer();
 }
 
 bool chooseWindowSystem()

@@ -10,6 +10,7 @@
 #include "platform/ControlEndpoint.h"
 #include "platform/DesktopPreferences.h"
 #include "platform/ListeningPorts.h"
+#include "platform/NotificationCentre.h"
 #include "platform/OverlayWindows.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
@@ -20,6 +21,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -35,6 +37,8 @@ struct Terminals
     std::unique_ptr<WorkerPool> workers;
     std::unique_ptr<ScriptHost> scripts;
     std::vector<std::unique_ptr<TerminalDriver>> drivers; ///< In the order in which they are asked.
+    /// Takes the desktop's leave to bring their windows forward. Not after the applications have ended.
+    std::function<void(const QString &)> useActivationToken {};
 
     [[nodiscard]] std::vector<TerminalDriver *> driverList() const;
 };
@@ -42,6 +46,7 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<ControlClient> makeControlClient();
 [[nodiscard]] std::unique_ptr<ControlEndpoint> makeControlEndpoint();
 [[nodiscard]] std::unique_ptr<ListeningPorts> makeListeningPorts();
+[[nodiscard]] std::unique_ptr<NotificationCentre> makeNotificationCentre();
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
@@ -53,6 +58,8 @@ struct Terminals
 [[nodiscard]] bool hasDisplay();
 /// Whether the desktop has a place for the icon.
 [[nodiscard]] bool hasTray();
+/// Who shows notifications on this desktop. Waits for the answer, a second or two at most.
+[[nodiscard]] NotificationCentre::Server findNotificationServer();
 /// Makes the toolkit draw by the window system that answers, unless the user has chosen one. False when none does.
 /// Before the application object.
 [[nodiscard]] bool chooseWindowSystem();

@@ -24,6 +24,8 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
     m_ports.statusItem.onNoTray = [this] { sayThatThereIsNoTray(); };
     m_windows.declare(settingsWindow, [this] { return makeSettingsWindow(); });
     m_delegate.setScene({ .showApp = [this] { showApp(); }, .openSettings = [this] { openSettings(); } });
+    connect(this, &VantryApp::popoverVisibleChanged, this,
+            [this](bool visible) { m_delegate.notificationService().isPopoverVisible = visible; });
     connect(&m_delegate.defaults(), &Defaults::changed, this, &VantryApp::defaultsChanged);
     m_statusItemSetUp = m_ports.scheduler.after(500ms, [this] {
         if (!showsMenuBar(displayMode(m_delegate.defaults())))

@@ -83,7 +83,8 @@ public:
                                     port,
                                     terminals.driverList(),
                                     platform::hasDisplay(),
-                                    platform::hasTray() });
+                                    platform::hasTray(),
+                                    platform::findNotificationServer() });
         return printDoctor(doctor, checks.all(), m_console);
     }
     int operator()(const command::Show &) { return runShow(*client(), m_console); }

@@ -4,6 +4,7 @@
 #include "support/FakeApplications.h"
 #include "support/FakeControlEndpoint.h"
 #include "support/FakeHookConnection.h"
+#include "support/FakeNotificationCentre.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
 #include "support/FakeTerminalDriver.h"
@@ -45,8 +46,9 @@ protected:
     }
     [[nodiscard]] AppDelegate::Ports ports()
     {
-        AppDelegate::Ports ports { clock,    scheduler,    mainQueue, processes,    peers,
-                                   endpoint, applications, scripts,   { &terminal } };
+        AppDelegate::Ports ports { clock,    scheduler,    mainQueue, processes,     peers,
+                                   endpoint, applications, scripts,   notifications, { &terminal } };
+        ports.useActivationToken = [this](const QString &token) { activationTokens.append(token); };
         ports.openUrl = [this](const QUrl &url) { return openUrl(url); };
         return ports;
     }
@@ -112,6 +114,8 @@ protected:
     test::FakeControlEndpoint endpoint;
     test::FakeApplications applications;
     test::RecordingScriptHost scripts;
+    test::FakeNotificationCentre notifications;
+    QStringList activationTokens;
     test::FakeTerminalDriver terminal;
     std::optional<AppDelegate> delegate;
 };
@@ -372,6 +376,62 @@ TEST_F(AppDelegateTest, thePanelAnswersRequests)
     EXPECT_EQ(heldRequests(), 0);
     EXPECT_EQ(&delegate->panelServices().sessionManager, &delegate->sessionManager());
     EXPECT_EQ(delegate->panelServices().home, home.path());
+}
+
+TEST_F(AppDelegateTest, anEventThatNeedsTheUserMakesANotification)
+{
+    launch();
+    ASSERT_EQ(notifications.categories.size(), 2);
+    deliver(EventBuilder(HookEventType::preToolUse).tool(u"Bash"_s));
+    EXPECT_TRUE(notifications.requests.isEmpty());
+    hold(request());
+    EXPECT_EQ(notifications.shown(), QStringList { u"Permission Required"_s });
+}
+
+TEST_F(AppDelegateTest, aNotificationAnswersItsRequest)
+{
+    launch();
+    const auto allowed = hold(request());
+    notifications.respond(notifications.requests.last(), u"ALLOW_PERMISSION"_s);
+    EXPECT_THAT(allowed->body, HasSubstr("\"allow\""));
+    EXPECT_EQ(session()->state(), SessionState::working);
+
+    clock.advance(NotificationService::cooldownInterval);
+    const auto denied = hold(request());
+    notifications.respond(notifications.requests.last(), u"DENY_PERMISSION"_s);
+    EXPECT_THAT(denied->body, HasSubstr("\"deny\""));
+    EXPECT_EQ(session()->state(), SessionState::working) << "the agent goes on";
+    EXPECT_EQ(notifications.requests.size(), 2);
+}
+
+TEST_F(AppDelegateTest, aClickOnANotificationBringsTheTerminalForward)
+{
+    launch();
+    deliver(EventBuilder(HookEventType::stop).terminal(u"fake"_s, u"1"_s));
+    notifications.respond(notifications.requests.last(), u"default"_s, u"leave_TIME7"_s);
+    positionInLog("TerminalBridge");
+    EXPECT_EQ(activationTokens, QStringList { u"leave_TIME7"_s });
+}
+
+TEST_F(AppDelegateTest, aNotificationGoesWhenItsRequestWasAnsweredElsewhere)
+{
+    launch();
+    hold(request());
+    delegate->sessionActions().allow(u"s"_s);
+    EXPECT_TRUE(notifications.shown().isEmpty());
+}
+
+TEST_F(AppDelegateTest, aNotificationGoesWhenTheAgentHasGone)
+{
+    launch();
+    const auto connection = hold(request());
+    connection->closeFromPeer();
+    EXPECT_TRUE(notifications.shown().isEmpty());
+    deliver(EventBuilder(HookEventType::stop));
+    scheduler.advance(Seconds { 15 });
+    deliver(EventBuilder(HookEventType::stop));
+    deliver(EventBuilder(HookEventType::sessionEnd));
+    EXPECT_EQ(notifications.shown(), QStringList { u"Your Turn"_s }) << "what was done stays to be read";
 }
 
 TEST_F(AppDelegateTest, aLinkIsOpenedWithoutTheMainThreadWaiting)

@@ -75,7 +75,7 @@ TEST_F(Doctor, looksAtEverythingOnce)
 
     EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
                                     u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"tray"_s, u"terminals"_s }));
+                                    u"display"_s, u"tray"_s, u"notifications"_s, u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)
@@ -291,6 +291,31 @@ TEST_F(Doctor, tellsHowToGetATray)
     EXPECT_FALSE(checks.tray().ok);
     EXPECT_TRUE(checks.tray().advice->contains(u"gnome-shell-extension-appindicator"));
     EXPECT_EQ(checks.tray().weight, Weight::Helpful);
+}
+
+TEST_F(Doctor, tellsHowToGetNotifications)
+{
+    using Server = NotificationCentre::Server;
+    const auto check = [this](const Server &server) {
+        return DoctorChecks({ .paths = paths,
+                              .client = client,
+                              .peers = peers,
+                              .ports = ports,
+                              .port = freePort,
+                              .notificationServer = server })
+            .notifications();
+    };
+
+    EXPECT_TRUE(check({ Server::Presence::Present, { u"actions"_s } }).ok);
+    EXPECT_TRUE(check({ Server::Presence::Startable, {} }).ok);
+    const QList<Server> lacking { { Server::Presence::Present, { u"body"_s } },
+                                  { Server::Presence::Unknown, {} },
+                                  { Server::Presence::Absent, {} } };
+    for (const Server &server : lacking) {
+        EXPECT_FALSE(check(server).ok);
+        EXPECT_TRUE(check(server).advice);
+        EXPECT_EQ(check(server).weight, Weight::Helpful);
+    }
 }
 
 const QList<DoctorCheck> report { { u"bus"_s, true, u"fine"_s, {}, Weight::Helpful },

@@ -8,6 +8,7 @@
 #include "support/FakeControlEndpoint.h"
 #include "support/FakeDesktopPreferences.h"
 #include "support/FakeHookConnection.h"
+#include "support/FakeNotificationCentre.h"
 #include "support/FakeOverlayWindows.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
@@ -83,15 +84,23 @@ protected:
     FakeControlEndpoint endpoint;
     FakeApplications applications;
     RecordingScriptHost scripts;
+    FakeNotificationCentre notifications;
     FakeTerminalDriver terminal;
-    AppDelegate delegate {
-        { .home = home.path(),
-          .dataFolder = home.filePath(QStringLiteral("data")),
-          .configFile = home.filePath(QStringLiteral("settings.json")),
-          .runtimeFolder = {} },
-        { clock, scheduler, mainQueue, processes, peers, endpoint, applications, scripts, { &terminal } },
-        47'393
-    };
+    AppDelegate delegate { { .home = home.path(),
+                             .dataFolder = home.filePath(QStringLiteral("data")),
+                             .configFile = home.filePath(QStringLiteral("settings.json")),
+                             .runtimeFolder = {} },
+                           { clock,
+                             scheduler,
+                             mainQueue,
+                             processes,
+                             peers,
+                             endpoint,
+                             applications,
+                             scripts,
+                             notifications,
+                             { &terminal } },
+                           47'393 };
     FakeStatusItem item;
     FakeOverlayWindows overlays;
     FakeDesktopPreferences preferences;

@@ -1,5 +1,7 @@
 #include "platform/linux/ApplicationTable.h"
 
+#include "platform/linux/LinuxApplications.h"
+
 #include <gmock/gmock.h>
 
 namespace vantry {
@@ -57,6 +59,14 @@ TEST(ApplicationTable, namesAnApplicationByItsWindowInAnyCase)
 TEST(ApplicationTable, doesNotTakeAnotherBuildOfAnEditorForIt)
 {
     EXPECT_EQ(applicationNameOf(u"VSCodium"_s), u"VSCodium"_s);
+}
+
+TEST(ActivationToken, holdsTheTimeOfTheUsersActAtItsEnd)
+{
+    EXPECT_EQ(LinuxApplications::userTimeOf(u"dunst/4711-0-desktop_TIME123456"_s), 123456U);
+    EXPECT_EQ(LinuxApplications::userTimeOf(u"_TIME1_TIME2"_s), 2U);
+    for (const auto &other : { u""_s, u"kwin-5"_s, u"x_TIME"_s, u"x_TIME-1"_s, u"x_TIME99999999999"_s, u"x_TIME1x"_s })
+        EXPECT_EQ(LinuxApplications::userTimeOf(other), 0U);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "base/Paths.h"
 #include "platform/ControlClient.h"
 #include "platform/ListeningPorts.h"
+#include "platform/NotificationCentre.h"
 #include "platform/PeerIdentity.h"
 #include "platform/TerminalDriver.h"
 
@@ -50,6 +51,7 @@ public:
         std::vector<TerminalDriver *> terminals {};
         bool hasDisplay { false };
         bool hasTray { false };
+        NotificationCentre::Server notificationServer {};
     };
 
     explicit DoctorChecks(const Surroundings &surroundings)
@@ -71,6 +73,7 @@ public:
     [[nodiscard]] DoctorCheck peerIdentity() const;
     [[nodiscard]] DoctorCheck display() const;
     [[nodiscard]] DoctorCheck tray() const;
+    [[nodiscard]] DoctorCheck notifications() const;
     /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
     /// can't be.
     [[nodiscard]] QList<DoctorCheck> terminals() const;

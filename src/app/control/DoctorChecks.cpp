@@ -129,7 +129,7 @@ std::optional<TerminalDriver::Problem> terminalProblem(const SessionRow &session
 QList<DoctorCheck> DoctorChecks::all() const
 {
     return QList { application(), listener(),   sessionBus(), hook(),         python(),  agent(), git(),
-                   database(),    dataFolder(), log(),        peerIdentity(), display(), tray() } +
+                   database(),    dataFolder(), log(),        peerIdentity(), display(), tray(),  notifications() } +
            terminals();
 }
 
@@ -332,6 +332,36 @@ DoctorCheck DoctorChecks::tray() const
     if (!check.ok)
         check.advice = u"On GNOME, install gnome-shell-extension-appindicator and turn it on; elsewhere, add a tray to "
                        "the desktop's bar"_s;
+    return check;
+}
+
+DoctorCheck DoctorChecks::notifications() const
+{
+    using Presence = NotificationCentre::Server::Presence;
+    const NotificationCentre::Server &server = m_surroundings.notificationServer;
+    DoctorCheck check { .name = u"notifications"_s };
+    switch (server.presence) {
+    case Presence::Present:
+        check.ok = server.capabilities.contains(u"actions");
+        check.detail = check.ok ? u"The desktop shows notifications with buttons"_s
+                                : u"The desktop shows notifications, but without buttons"_s;
+        if (!check.ok)
+            check.advice = u"Requests are answered in the panel; another notification server, such as \"dunst\", has "
+                           "buttons"_s;
+        break;
+    case Presence::Startable:
+        check.ok = true;
+        check.detail = u"The first notification starts the desktop's notification server"_s;
+        break;
+    case Presence::Unknown:
+        check.detail = u"The desktop's notification server does not answer"_s;
+        check.advice = u"End it, or start it again: Vantry takes the new one at once"_s;
+        break;
+    case Presence::Absent:
+        check.detail = u"Nobody shows notifications on this desktop"_s;
+        check.advice = u"Start a notification server, such as \"dunst\": Vantry takes it at once"_s;
+        break;
+    }
     return check;
 }
 

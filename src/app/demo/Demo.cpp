@@ -20,10 +20,18 @@ Paths pathsIn(const QString &folder)
 Demo::Demo(const Clock &clock, Scheduler &scheduler, MainQueue &mainQueue)
     : m_paths(pathsIn(m_folder.path()))
     , m_terminal(mainQueue)
-    , m_delegate(
-          m_paths,
-          { clock, scheduler, mainQueue, m_processes, m_peers, m_endpoint, m_applications, m_scripts, { &m_terminal } },
-          std::nullopt)
+    , m_delegate(m_paths,
+                 { clock,
+                   scheduler,
+                   mainQueue,
+                   m_processes,
+                   m_peers,
+                   m_endpoint,
+                   m_applications,
+                   m_scripts,
+                   m_notifications,
+                   { &m_terminal } },
+                 std::nullopt)
     , m_director({ m_paths, m_processes, m_terminal, mainQueue, m_workers, scheduler, clock },
                  { [this](const HookEvent &event) { m_delegate.httpServer().onEventReceived(event); },
                    [this](const HookEvent &event, HookConnectionPtr connection) {

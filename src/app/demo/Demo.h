@@ -36,6 +36,7 @@ private:
     Endpoint m_endpoint;
     NoApplications m_applications;
     NoScripts m_scripts;
+    NoNotifications m_notifications;
     Terminal m_terminal;
     AppDelegate m_delegate;
     WorkerPool m_workers { 1 };

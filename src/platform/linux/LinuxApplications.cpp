@@ -25,7 +25,13 @@ const X11Windows::Client *topmost(const QList<X11Windows::Client> &clients, Pred
     return hidden;
 }
 
-bool activateClass(const QStringList &classes)
+} // namespace
+
+LinuxApplications::LinuxApplications(const ProcessTable &processes)
+    : m_processes(processes)
+{}
+
+bool LinuxApplications::activateClass(const QStringList &classes)
 {
     const auto connection = X11Connection::open();
     if (!connection)
@@ -35,14 +41,8 @@ bool activateClass(const QStringList &classes)
     const auto *client = topmost(clients, [&](const X11Windows::Client &candidate) {
         return !candidate.windowClass.isEmpty() && classes.contains(candidate.windowClass.toLower());
     });
-    return client && windows.bringForward(client->window);
+    return client && windows.bringForward(client->window, m_userTime.exchange(0));
 }
-
-} // namespace
-
-LinuxApplications::LinuxApplications(const ProcessTable &processes)
-    : m_processes(processes)
-{}
 
 QSet<QString> LinuxApplications::runningNames() const
 {
@@ -77,7 +77,14 @@ bool LinuxApplications::raise(WindowID window)
         return false;
     const X11Windows windows(*connection);
     const auto client = windows.clientAround(static_cast<xcb_window_t>(window));
-    return client && windows.bringForward(*client);
+    return client && windows.bringForward(*client, m_userTime.exchange(0));
+}
+
+std::uint32_t LinuxApplications::userTimeOf(const QString &token)
+{
+    static constexpr QLatin1StringView mark("_TIME");
+    const qsizetype found = token.lastIndexOf(mark);
+    return found < 0 ? 0 : QStringView(token).sliced(found + mark.size()).toUInt();
 }
 
 std::optional<Applications::WindowID> LinuxApplications::windowOf(std::int64_t pid) const

@@ -4,6 +4,9 @@
 
 #include <QStringList>
 
+#include <atomic>
+#include <cstdint>
+
 namespace vantry {
 
 class ProcessTable;
@@ -23,8 +26,18 @@ public:
     bool raise(WindowID window) override;
     [[nodiscard]] std::optional<WindowID> windowOf(std::int64_t pid) const override;
 
+    /// Takes the desktop's leave to bring a window forward, as it comes with a click on a notification: the window
+    /// manager is told the time of that click with the next window that is raised, and only with that one, since an old
+    /// time is a reason to refuse. Any thread.
+    void useActivationToken(const QString &token) { m_userTime = userTimeOf(token); }
+    /// The X server's time in a startup notification's identifier ("…_TIME4711"); 0 when there is none.
+    [[nodiscard]] static std::uint32_t userTimeOf(const QString &token);
+
 private:
+    bool activateClass(const QStringList &classes);
+
     const ProcessTable &m_processes;
+    std::atomic<std::uint32_t> m_userTime { 0 };
 };
 
 } // namespace vantry

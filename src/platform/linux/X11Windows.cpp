@@ -208,14 +208,14 @@ std::optional<xcb_window_t> X11Windows::clientAround(xcb_window_t window) const
     return std::nullopt;
 }
 
-bool X11Windows::bringForward(xcb_window_t client) const
+bool X11Windows::bringForward(xcb_window_t client, xcb_timestamp_t userTime) const
 {
     xcb_connection_t *connection = m_connection.get();
     if (m_hasManager) {
         // As a pager does it: a window manager takes it for the user's own wish, and may not refuse the focus.
         constexpr std::uint32_t sourcePager = 2;
         goToDesktopOf(client);
-        send(client, atom(ActiveWindow), sourcePager);
+        send(client, atom(ActiveWindow), sourcePager, userTime);
     } else {
         constexpr std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_map_window(connection, client);
@@ -235,7 +235,7 @@ void X11Windows::goToDesktopOf(xcb_window_t client) const
         send(m_connection.root(), atom(CurrentDesktop), wanted.first());
 }
 
-void X11Windows::send(xcb_window_t window, xcb_atom_t message, std::uint32_t first) const
+void X11Windows::send(xcb_window_t window, xcb_atom_t message, std::uint32_t first, std::uint32_t second) const
 {
     xcb_client_message_event_t event {};
     event.response_type = XCB_CLIENT_MESSAGE;
@@ -243,6 +243,7 @@ void X11Windows::send(xcb_window_t window, xcb_atom_t message, std::uint32_t fir
     event.window = window;
     event.type = message;
     event.data.data32[0] = first;
+    event.data.data32[1] = second;
     xcb_send_event(m_connection.get(), 0, m_connection.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&event));

@@ -32,9 +32,9 @@ public:
     [[nodiscard]] QList<Client> clients() const;
     /// The client that the window is, or is inside of; nothing when there is no such window.
     [[nodiscard]] std::optional<xcb_window_t> clientAround(xcb_window_t window) const;
-    /// Shows the client above others, on its virtual desktop, and gives it the focus. False when the connection was
-    /// lost.
-    bool bringForward(xcb_window_t client) const;
+    /// Shows the client above others, on its virtual desktop, and gives it the focus. `userTime` is the server's time
+    /// of the user's act that asks for it; 0 where it isn't known. False when the connection was lost.
+    bool bringForward(xcb_window_t client, xcb_timestamp_t userTime = XCB_CURRENT_TIME) const;
 
 private:
     enum AtomIndex {
@@ -58,7 +58,7 @@ private:
     [[nodiscard]] xcb_atom_t atom(AtomIndex index) const { return m_atoms[index]; }
     [[nodiscard]] bool hasManager() const;
     /// Asks the window manager for something.
-    void send(xcb_window_t window, xcb_atom_t message, std::uint32_t first) const;
+    void send(xcb_window_t window, xcb_atom_t message, std::uint32_t first, std::uint32_t second = 0) const;
     void goToDesktopOf(xcb_window_t client) const;
     [[nodiscard]] QList<xcb_window_t> clientWindows() const;
     [[nodiscard]] QList<xcb_window_t> unmanagedWindows() const;
