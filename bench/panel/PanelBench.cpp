@@ -1,5 +1,6 @@
 // Starts the program again and again on the desktop that it finds itself on, plays the tray that its icon registers
-// with, and measures from outside: how soon the icon is there, how soon the panel is on the screen, and the memory.
+// with, and measures from outside: how soon the icon is there, how soon the panel is on the screen, and the memory;
+// then it types into the search, and measures how soon the letter is on the screen, and how soon what was found.
 
 #include "base/Clock.h"
 #include "base/DebugLog.h"
@@ -23,8 +24,10 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -36,11 +39,15 @@ namespace {
 constexpr int starts = 9;
 constexpr int openings = 20;
 constexpr int rememberedSessions = 1'000;
+constexpr int promptsOfEach = 140; ///< 5 KB
 /// Where the pointer is when the icon is clicked, and a place that the panel, but for its first line of pixels, covers.
 constexpr int pointerX = 1'000;
 constexpr int pointerY = 5;
 constexpr int probeX = pointerX - 184;
 constexpr int probeY = 250;
+/// Of the search: the text that is typed, and the rows that are found.
+constexpr xcb_rectangle_t searchField { 850, 66, 280, 22 };
+constexpr xcb_rectangle_t searchResults { 820, 130, 350, 300 };
 
 [[noreturn]] void giveUp(const char *what)
 {
@@ -99,7 +106,7 @@ private:
     QString m_icon;
 };
 
-/// One pixel of the screen.
+/// What is on the screen, and the keyboard.
 class Probe
 {
 public:
@@ -115,23 +122,54 @@ public:
     Probe &operator=(const Probe &) = delete;
 
     [[nodiscard]] bool isCovered() const { return pixel() != m_empty; }
-
-private:
-    [[nodiscard]] std::uint32_t pixel() const
+    [[nodiscard]] QByteArray picture(const xcb_rectangle_t &area) const
     {
-        const auto cookie =
-            xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, probeX, probeY, 1, 1, ~std::uint32_t { 0 });
+        const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, area.x, area.y, area.width,
+                                          area.height, ~std::uint32_t { 0 });
         const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> reply(
             xcb_get_image_reply(m_connection, cookie, nullptr), std::free);
         if (!reply)
             giveUp("the screen can't be read");
-        return *reinterpret_cast<const std::uint32_t *>(xcb_get_image_data(reply.get())) & 0xFFFFFFU;
+        return { reinterpret_cast<const char *>(xcb_get_image_data(reply.get())),
+                 xcb_get_image_data_length(reply.get()) };
+    }
+    void pressKey(std::uint8_t key, std::uint16_t modifiers = 0) const
+    {
+        xcb_key_press_event_t event {};
+        const std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> focus(
+            xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr), std::free);
+        if (!focus)
+            giveUp("the focus can't be found");
+        event.event = focus->focus;
+        event.detail = key;
+        event.state = modifiers;
+        event.root = m_root;
+        event.same_screen = 1;
+        for (const int type : { XCB_KEY_PRESS, XCB_KEY_RELEASE }) {
+            event.response_type = static_cast<std::uint8_t>(type);
+            xcb_send_event(m_connection, 1, XCB_SEND_EVENT_DEST_ITEM_FOCUS, XCB_EVENT_MASK_NO_EVENT,
+                           reinterpret_cast<const char *>(&event));
+        }
+        xcb_flush(m_connection);
+    }
+
+private:
+    [[nodiscard]] std::uint32_t pixel() const
+    {
+        std::uint32_t value = 0;
+        std::memcpy(&value, picture({ probeX, probeY, 1, 1 }).constData(), sizeof value);
+        return value & 0xFFFFFFU;
     }
 
     xcb_connection_t *m_connection;
     xcb_window_t m_root;
     std::uint32_t m_empty;
 };
+
+QString promptOf(int session)
+{
+    return u"Mend the thing with the number %1"_s.arg(session);
+}
 
 void rememberSessions()
 {
@@ -147,12 +185,15 @@ void rememberSessions()
             init.id = u"session-%1"_s.arg(i);
             init.projectName = u"project-%1"_s.arg(i % 40);
             init.cwd = u"/nowhere/project-%1"_s.arg(i % 40);
-            init.lastPrompt = u"Mend the thing with the number %1"_s.arg(i);
+            init.lastPrompt = promptOf(i);
             init.lastUpdated = init.startedAt = clock.now() - std::chrono::minutes(i);
             store.save(VantrySession(std::move(init)));
         }
-        store.close();
     });
+    for (int i = 0; i < rememberedSessions; ++i)
+        store.updateSearchIndex(u"session-%1"_s.arg(i), QString(promptOf(i) + u'\n').repeated(promptsOfEach),
+                                u"Bash Edit Read"_s, promptOf(i));
+    store.queue().sync([&] { store.close(); });
 }
 
 double proportionalMegabytes(qint64 pid)
@@ -184,6 +225,44 @@ struct Figures
     }
 };
 
+/// Searches by keyboard, in the panel that is open.
+struct Typing
+{
+    Figures letter { "typed letter on the screen", 20, "ms", {} };
+    Figures firstResults { "found with the first letter", 125, "ms", {} };
+    Figures laterResults { "found with a later letter", 100, "ms", {} };
+
+    void measure(const Probe &probe)
+    {
+        constexpr std::uint8_t keyF = 41;
+        constexpr std::array<std::uint8_t, 3> digits { 10, 11, 12 }; // 1, 2, 3
+        const QByteArray before = probe.picture(searchField);
+        probe.pressKey(keyF, XCB_MOD_MASK_CONTROL);
+        waitFor([&] { return probe.picture(searchField) != before; }, "the search doesn't open");
+        QThread::msleep(300);
+        for (const std::uint8_t digit : digits) {
+            const QByteArray field = probe.picture(searchField);
+            QByteArray results = probe.picture(searchResults);
+            QElapsedTimer timer;
+            timer.start();
+            probe.pressKey(digit);
+            waitFor([&] { return probe.picture(searchField) != field; }, "the letter doesn't come");
+            letter.values.push_back(milliseconds(timer));
+            // The rows of before may go first: the last change counts.
+            double lastChange = 0;
+            while (timer.elapsed() < 400) {
+                if (const QByteArray now = probe.picture(searchResults); now != results) {
+                    results = now;
+                    lastChange = milliseconds(timer);
+                }
+            }
+            if (lastChange == 0)
+                giveUp("nothing is found");
+            (digit == digits.front() ? firstResults : laterResults).values.push_back(lastChange);
+        }
+    }
+};
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -202,6 +281,7 @@ int main(int argc, char **argv)
     Figures later { "later opening", 20, "ms", {} };
     Figures open { "memory with the panel open", 75, "MB", {} };
     Figures closed { "memory with the panel closed again", 75, "MB", {} };
+    Typing typing;
     for (int start = 0; start < starts; ++start) {
         QProcess vantry;
         vantry.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -226,11 +306,16 @@ int main(int argc, char **argv)
             QThread::msleep(300);
         }
         closed.values.push_back(proportionalMegabytes(vantry.processId()));
+        tray.click();
+        waitFor([&] { return probe.isCovered(); }, "no panel came");
+        QThread::msleep(300);
+        typing.measure(probe);
         vantry.terminate();
         vantry.waitForFinished();
         tray.forget();
     }
-    for (Figures *figures : { &icon, &before, &first, &later, &open, &closed })
+    for (Figures *figures :
+         { &icon, &before, &first, &later, &open, &closed, &typing.letter, &typing.firstResults, &typing.laterResults })
         figures->print();
     return 0;
 }
