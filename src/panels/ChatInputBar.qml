@@ -12,32 +12,76 @@ FocusScope {
     signal sent
 
     function send() {
-        if (!model.canSend)
-            return;
+        const hasText = model.canSend;
         model.send();
-        sent();
+        if (hasText)
+            sent();
     }
 
-    implicitHeight: field.implicitHeight + Tokens.inputBarHeight - Tokens.fieldHeight
+    function toggleDictation() {
+        const hasText = model.isDictating && model.canSend;
+        model.toggleDictation();
+        if (hasText)
+            sent();
+        field.forceActiveFocus();
+    }
+
+    implicitHeight: field.implicitHeight + Tokens.inputBarHeight - Tokens.fieldHeight + (error.visible ? error.implicitHeight + Tokens.sp6 : 0)
 
     Hairline {
         width: parent.width
+    }
+    Label {
+        id: error
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.margins: Tokens.sp8
+        visible: text !== "" && !root.model.isDictating
+        text: root.model.dictation?.error ?? ""
+        color: Theme.error
+        wrapMode: Text.Wrap
     }
     MessageField {
         id: field
 
         anchors.left: parent.left
         anchors.leftMargin: Tokens.sp8
-        anchors.right: sendButton.left
+        anchors.right: bars.visible ? bars.left : micButton.visible ? micButton.left : sendButton.left
         anchors.rightMargin: Tokens.sp6
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: (Tokens.inputBarHeight - Tokens.fieldHeight) / 2
         height: implicitHeight
+        readOnly: root.model.isDictating
         focus: true
         enabled: root.model.inputEnabled
         placeholder: root.model.placeholder
         text: root.model.typedText
         onTextChanged: root.model.typedText = text
         onAccepted: root.send()
+    }
+    AudioBarsView {
+        id: bars
+
+        anchors.right: micButton.left
+        anchors.rightMargin: Tokens.sp6
+        anchors.verticalCenter: micButton.verticalCenter
+        visible: root.model.isDictating
+        levels: root.model.dictation?.audioLevels ?? []
+    }
+    IconButton {
+        id: micButton
+
+        anchors.right: sendButton.left
+        anchors.rightMargin: Tokens.sp2
+        anchors.verticalCenter: sendButton.verticalCenter
+        visible: root.model.dictation !== null
+        enabled: root.model.inputEnabled
+        symbol: root.model.isDictating ? "mic.fill" : "mic"
+        text: root.model.isDictating ? qsTr("Stop and send") : qsTr("Dictate")
+        color: root.model.isDictating ? Theme.error : Theme.text2
+        onClicked: root.toggleDictation()
     }
     IconButton {
         id: sendButton

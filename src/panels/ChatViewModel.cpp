@@ -9,6 +9,7 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace vantry {
@@ -33,8 +34,11 @@ ChatViewModel::ChatViewModel(PanelServices services, SessionCallbacks callbacks,
     , m_callbacks(std::move(callbacks))
     , m_session(std::move(session))
     , m_facts(std::make_unique<ChatFacts>(chatFacts(m_session, m_callbacks, m_services.home)))
+    , m_dictation(m_services.makeDictation ? m_services.makeDictation() : nullptr)
 {
     startTranscript();
+    if (m_dictation)
+        connectDictation();
     connect(&m_services.sessionChanges, &SessionChanges::changed, this, &ChatViewModel::takeChanges);
     connect(&m_messages, &ChatMessageModel::countChanged, this, &ChatViewModel::updateIsEmpty);
 }
@@ -60,8 +64,11 @@ void ChatViewModel::setVisible(bool visible)
         return;
     m_refreshTimer.cancel();
     m_eventTimer.cancel();
-    if (!visible)
+    if (!visible) {
+        if (m_isDictating)
+            endDictation(draftAndTranscript());
         return;
+    }
     m_refreshTimer = m_services.scheduler.every(refreshInterval, [this] { refresh(); });
     update();
     refresh();
@@ -178,6 +185,8 @@ bool ChatViewModel::inputEnabled() const
 
 QString ChatViewModel::placeholder() const
 {
+    if (m_isDictating)
+        return tr("Speak now...");
     return m_facts->input.placeholder;
 }
 
@@ -204,10 +213,22 @@ QString ChatViewModel::footerSymbol() const
 
 void ChatViewModel::send()
 {
-    const QString text = trimmedWhitespace(m_typedText).toString();
     update();
-    if (text.isEmpty() || !inputEnabled())
+    if (!m_isDictating) {
+        if (sendText(m_typedText))
+            setTypedText({});
         return;
+    }
+    // The field holds the transcript of this dictation; until it listens, the service holds that of the last one.
+    const bool isSent = sendText(m_typedText);
+    endDictation(isSent ? m_draft : draftAndTranscript());
+}
+
+bool ChatViewModel::sendText(const QString &given)
+{
+    const QString text = trimmedWhitespace(given).toString();
+    if (text.isEmpty() || !inputEnabled())
+        return false;
     m_messages.appendPending({ .id = QUuid::createUuid().toString(QUuid::WithoutBraces),
                                .role = TranscriptMessage::Role::user,
                                .text = text,
@@ -216,7 +237,7 @@ void ChatViewModel::send()
                                .toolSummary = {} });
     scrollSoon();
     m_callbacks.onSendText(m_session, text);
-    setTypedText({});
+    return true;
 }
 
 void ChatViewModel::allow()
@@ -280,6 +301,66 @@ void ChatViewModel::openLink(const QString &link)
         m_callbacks.openUrl(*url);
 }
 
+// Dictation
+
+void ChatViewModel::connectDictation()
+{
+    connect(m_dictation.get(), &DictationService::transcriptChanged, this, [this] {
+        if (m_isDictating)
+            setTypedText(m_dictation->transcript());
+    });
+    // It may end by itself, with an error or without.
+    const auto endWithIt = [this] {
+        if (m_isDictating && !m_dictation->isListening())
+            endDictation(draftAndTranscript());
+    };
+    connect(m_dictation.get(), &DictationService::isListeningChanged, this, endWithIt);
+    connect(m_dictation.get(), &DictationService::errorChanged, this, [this, endWithIt] {
+        if (m_dictation->error())
+            endWithIt();
+    });
+}
+
+void ChatViewModel::toggleDictation()
+{
+    if (m_isDictating)
+        send();
+    else if (m_dictation && inputEnabled())
+        beginDictation();
+}
+
+void ChatViewModel::beginDictation()
+{
+    m_isDictating = true;
+    m_draft = std::exchange(m_typedText, {});
+    Q_EMIT isDictatingChanged();
+    Q_EMIT inputChanged();
+    Q_EMIT typedTextChanged();
+    updateCanSend();
+    m_dictation->requestAuthorization([this](bool isGranted) {
+        if (isGranted && m_isDictating)
+            m_dictation->start();
+        // An error that is as it was before isn't told of again.
+        if (m_isDictating && m_dictation->error())
+            endDictation(draftAndTranscript());
+    });
+}
+
+void ChatViewModel::endDictation(const QString &text)
+{
+    m_isDictating = false;
+    m_dictation->stop();
+    Q_EMIT isDictatingChanged();
+    Q_EMIT inputChanged();
+    setTypedText(text);
+}
+
+QString ChatViewModel::draftAndTranscript() const
+{
+    const bool needsBlank = !m_draft.isEmpty() && !m_draft.back().isSpace() && !m_typedText.isEmpty();
+    return m_draft + (needsBlank ? u" "_s : QString()) + m_typedText;
+}
+
 // Following the session
 
 void ChatViewModel::takeChanges(const QList<SessionPtr> &sessions)
@@ -319,6 +400,8 @@ void ChatViewModel::update()
         Q_EMIT inputChanged();
     if (m_facts->footer != old.footer)
         Q_EMIT footerChanged();
+    if (m_isDictating && !inputEnabled())
+        endDictation(draftAndTranscript());
     updateCanSend();
 }
 

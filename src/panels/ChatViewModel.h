@@ -2,6 +2,7 @@
 
 #include "base/Scheduler.h"
 #include "panels/ChatMessageModel.h"
+#include "panels/DictationService.h"
 #include "panels/PanelServices.h"
 #include "panels/SessionCallbacks.h"
 #include "sessions/VantrySession.h"
@@ -75,8 +76,10 @@ class ChatViewModel : public QObject
     Q_PROPERTY(QString placeholder READ placeholder NOTIFY inputChanged)
     Q_PROPERTY(QString typedText READ typedText WRITE setTypedText NOTIFY typedTextChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
-    Q_PROPERTY(bool isDictating READ isDictating CONSTANT)
-    Q_PROPERTY(bool canDictate READ canDictate CONSTANT)
+    /// While it is dictated, the field holds the transcript and isn't to be typed into.
+    Q_PROPERTY(bool isDictating READ isDictating NOTIFY isDictatingChanged)
+    /// Null where there is no dictation.
+    Q_PROPERTY(vantry::DictationService *dictation READ dictation CONSTANT)
 
     // Footer.
     Q_PROPERTY(QString footerText READ footerText NOTIFY footerChanged)
@@ -131,14 +134,16 @@ public:
     [[nodiscard]] const QString &typedText() const { return m_typedText; }
     void setTypedText(const QString &text);
     [[nodiscard]] bool canSend() const { return m_canSend; }
-    [[nodiscard]] static bool isDictating() { return false; }
-    [[nodiscard]] static bool canDictate() { return false; }
+    [[nodiscard]] bool isDictating() const { return m_isDictating; }
+    [[nodiscard]] DictationService *dictation() const { return m_dictation.get(); }
     [[nodiscard]] QString footerText() const;
     [[nodiscard]] QString footerSymbol() const;
 
     /// Sends what has been typed, without the blanks around it, and empties the field. Blanks alone, and what would be
-    /// refused, stay in the field.
+    /// refused, stay in the field. Ends a dictation and sends the transcript.
     Q_INVOKABLE void send();
+    /// Begins to take dictation; the second time, the same as send().
+    Q_INVOKABLE void toggleDictation();
     // Each answers what is shown, once: a second press, and a press on what is no longer asked, do nothing.
     Q_INVOKABLE void allow();
     Q_INVOKABLE void deny();
@@ -168,6 +173,7 @@ Q_SIGNALS:
     void inputChanged();
     void typedTextChanged();
     void canSendChanged();
+    void isDictatingChanged();
     void footerChanged();
     /// A moment after rows came or went, when they have been laid out.
     void scrollToEnd();
@@ -184,6 +190,14 @@ private:
     void forgetAnswer();
     /// Whether the request that is shown is still the one asked, and has not been answered; then it counts as answered.
     [[nodiscard]] bool takeRequest();
+    /// Whether it was taken.
+    bool sendText(const QString &text);
+    void connectDictation();
+    void beginDictation();
+    /// Stops to listen, and has the field hold the given text.
+    void endDictation(const QString &text);
+    /// What was typed before the dictation, and what was dictated.
+    [[nodiscard]] QString draftAndTranscript() const;
     void startTranscript();
     void refresh();
     void takeTranscript(const std::vector<TranscriptMessage> &messages);
@@ -195,8 +209,11 @@ private:
     std::unique_ptr<ChatFacts> m_facts; ///< What is shown of the session.
     ChatMessageModel m_messages;
     std::unique_ptr<ChatTranscript> m_transcript;
+    const std::unique_ptr<DictationService> m_dictation;
     std::unique_ptr<ChatRequest> m_answered; ///< The request that was answered from here last, while it may be shown.
     QString m_typedText;
+    QString m_draft; ///< What had been typed when the dictation began.
+    bool m_isDictating { false };
     bool m_isVisible { false };
     bool m_isEmpty { false };
     bool m_hasRead { false };

@@ -13,7 +13,12 @@
 
 #include <QString>
 
+#include <functional>
+#include <memory>
+
 namespace vantry {
+
+class DictationService;
 
 /// What the view models of the panel work with. All of it must outlive them; and since the tasks of `workers` use
 /// `git`, the pool must end before that does.
@@ -31,6 +36,8 @@ struct PanelServices
     Defaults &defaults;
     Log &log;
     QString home; ///< The user's home directory.
+    /// Makes one for whoever takes dictation. Unset: nobody does.
+    std::function<std::unique_ptr<DictationService>()> makeDictation {};
 };
 
 } // namespace vantry

@@ -4,8 +4,10 @@
 #include "sessions/PendingPermissionStore.h"
 #include "support/EventBuilder.h"
 #include "support/FakeHookConnection.h"
+#include "support/FakeMicrophone.h"
 #include "support/FakeProcessChecker.h"
 #include "support/FakeSessionStore.h"
+#include "support/FakeSpeechRecogniser.h"
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
 #include "support/RecordingLog.h"
@@ -92,7 +94,11 @@ protected:
     }
     [[nodiscard]] PanelServices services()
     {
-        return { manager, changes, store, git, workers, mainQueue, clock, scheduler, defaults, log, home.path() };
+        PanelServices given { manager, changes,   store,    git, workers,    mainQueue,
+                              clock,   scheduler, defaults, log, home.path() };
+        if (hasDictation)
+            given.makeDictation = [this] { return std::make_unique<DictationService>(microphone, &speech, mainQueue); };
+        return given;
     }
 
     void makeChat() { chat = std::make_unique<ChatViewModel>(services(), callbacks(), session()); }
@@ -120,6 +126,11 @@ protected:
     void change(Change change)
     {
         change(*session());
+        mainQueue.drainAll();
+    }
+    void understand(const QString &text)
+    {
+        speech.understand(text);
         mainQueue.drainAll();
     }
     void setState(SessionState state)
@@ -184,6 +195,10 @@ protected:
     SessionManager manager { store, processes, git, held, clock, log };
     SessionChanges changes { manager, mainQueue };
     Defaults defaults { home.filePath(u"settings.json"_s), mainQueue, log };
+
+    FakeMicrophone microphone;
+    FakeSpeechRecogniser speech;
+    bool hasDictation { true };
 
     QStringList calls;
     bool canType { true };

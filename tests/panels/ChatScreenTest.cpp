@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QTest>
 
+#include <algorithm>
 #include <deque>
 
 namespace vantry::test {
@@ -367,6 +368,77 @@ TEST_F(ChatScreen, aLongNameGivesWayToTheContextAndTheButtons)
     click(u"Stop session"_s);
     EXPECT_LE(placeOf(chat->title()).right(), placeOf(u"55% context used"_s).left());
     EXPECT_LE(placeOf(u"Stop"_s).right(), 380);
+}
+
+TEST_F(ChatScreen, whatIsDictatedIsShownAndSentByTheSameButton)
+{
+    show();
+    click(u"Dictate"_s);
+    EXPECT_TRUE(find(u"Speak now..."_s, QAccessible::EditableText));
+    EXPECT_FALSE(find(u"Dictate"_s));
+    understand(u"go on"_s);
+    settleView();
+    type(u"x"_s);
+    EXPECT_EQ(chat->typedText(), u"go on"_s) << "typed into";
+
+    click(u"Stop and send"_s);
+    EXPECT_TRUE(find(u"Dictate"_s));
+    EXPECT_FALSE(find(u"Stop and send"_s));
+    EXPECT_EQ(calls, QStringList { u"send s: go on"_s });
+    type(u"y"_s);
+    EXPECT_EQ(chat->typedText(), u"y"_s);
+}
+
+TEST_F(ChatScreen, returnSendsWhatIsDictated)
+{
+    show();
+    click(u"Dictate"_s);
+    understand(u"go on"_s);
+    settleView();
+    press(Qt::Key_Return);
+
+    EXPECT_EQ(calls, QStringList { u"send s: go on"_s });
+    EXPECT_FALSE(chat->isDictating());
+}
+
+TEST_F(ChatScreen, barsShowHowLoudItIs)
+{
+    show();
+    auto *button = control(u"Dictate"_s);
+    click(u"Dictate"_s);
+    const auto siblings = button->parentItem()->childItems();
+    const auto found = std::ranges::find_if(siblings, [](const QQuickItem *item) {
+        return QByteArray(item->metaObject()->className()).startsWith("AudioBarsView");
+    });
+    ASSERT_NE(found, siblings.end());
+    const QQuickItem *bars = *found;
+    EXPECT_TRUE(bars->isVisible());
+    microphone.speak(std::vector<float>(1024, 1.0F));
+    settleView();
+
+    QList<QQuickItem *> drawn = bars->childItems();
+    drawn.removeIf([](const QQuickItem *item) { return item->width() != 2.5; });
+    ASSERT_EQ(drawn.size(), 7);
+    EXPECT_EQ(drawn.first()->height(), 3);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return drawn.last()->height() == 18; }));
+    EXPECT_EQ(bars->width(), 7 * 2.5 + 6 * 1.5);
+}
+
+TEST_F(ChatScreen, whyNothingIsDictatedStandsOverTheField)
+{
+    microphone.failure = u"There is no microphone"_s;
+    show();
+    click(u"Dictate"_s);
+
+    EXPECT_TRUE(find(u"Failed to start audio: There is no microphone"_s));
+    EXPECT_TRUE(find(u"Dictate"_s));
+}
+
+TEST_F(ChatScreen, withoutDictationThereIsNoButton)
+{
+    hasDictation = false;
+    show();
+    EXPECT_FALSE(find(u"Dictate"_s));
 }
 
 } // namespace

@@ -406,13 +406,6 @@ TEST_F(ChatViewModelTest, aFinishedSessionTakesNoText)
     EXPECT_TRUE(calls.isEmpty());
 }
 
-TEST_F(ChatViewModelTest, thereIsNoDictation)
-{
-    makeChat();
-    EXPECT_FALSE(chat->isDictating());
-    EXPECT_FALSE(chat->canDictate());
-}
-
 // The footer
 
 TEST_F(ChatViewModelTest, theFooterNamesTheEditorOrElseTheTerminal)
