@@ -8,6 +8,7 @@
 #include "app/VantryApp.h"
 #include "app/demo/Demo.h"
 #include "base/Subprocess.h"
+#include "panels/DictationService.h"
 #include "panels/MenuBarViewModel.h"
 
 #include <QApplication>
@@ -67,17 +68,30 @@ class Scene
 {
 public:
     Scene(AppDelegate &delegate, const Clock &clock, Scheduler &scheduler)
-        : m_statusItem(platform::makeStatusItem(scheduler))
+        : m_speech(platform::makeSpeechRecogniser())
+        , m_microphone(platform::makeMicrophone(delegate.panelServices().mainQueue, clock))
+        , m_statusItem(platform::makeStatusItem(scheduler))
         , m_overlays(platform::makeOverlayWindows())
         , m_preferences(platform::makeDesktopPreferences(delegate.log()))
-        , m_app(delegate, { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences }, [&delegate] {
-            return std::make_unique<MenuBarViewModel>(delegate.panelServices(), delegate.sessionCallbacks());
+        , m_app(delegate, { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences }, [this, &delegate] {
+            return std::make_unique<MenuBarViewModel>(servicesOf(delegate), delegate.sessionCallbacks());
         })
     {}
 
     void showApp() { m_app.showApp(); }
 
 private:
+    [[nodiscard]] PanelServices servicesOf(AppDelegate &delegate) const
+    {
+        PanelServices services = delegate.panelServices();
+        services.makeDictation = [this, &mainQueue = services.mainQueue] {
+            return std::make_unique<DictationService>(*m_microphone, m_speech.get(), mainQueue);
+        };
+        return services;
+    }
+
+    const std::unique_ptr<SpeechRecogniser> m_speech;
+    const std::unique_ptr<Microphone> m_microphone; ///< Its threads use the recogniser.
     const std::unique_ptr<StatusItem> m_statusItem;
     const std::unique_ptr<OverlayWindows> m_overlays;
     const std::unique_ptr<DesktopPreferences> m_preferences;

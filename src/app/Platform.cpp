@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxDesktopPreferences.h"
 #include "platform/linux/LinuxListeningPorts.h"
+#include "platform/linux/LinuxMicrophone.h"
 #include "platform/linux/LinuxNotificationCentre.h"
 #include "platform/linux/LinuxOverlayWindows.h"
 #include "platform/linux/LinuxPeerIdentity.h"
@@ -16,7 +17,9 @@
 #include "platform/linux/LinuxScriptHost.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/NotificationServer.h"
+#include "platform/linux/PocketSphinxRecogniser.h"
 #include "platform/linux/SessionBus.h"
+#include "platform/linux/SphinxDecoder.h"
 #include "platform/linux/TerminalEmulatorDriver.h"
 #include "platform/linux/TmuxDriver.h"
 #include "platform/linux/TrayHosts.h"
@@ -43,6 +46,16 @@ std::unique_ptr<ListeningPorts> makeListeningPorts()
 std::unique_ptr<NotificationCentre> makeNotificationCentre()
 {
     return std::make_unique<LinuxNotificationCentre>();
+}
+
+std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock)
+{
+    return std::make_unique<LinuxMicrophone>(mainQueue, clock);
+}
+
+std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser()
+{
+    return std::make_unique<PocketSphinxRecogniser>(SphinxDecoder::systemModel());
 }
 
 std::unique_ptr<PeerIdentity> makePeerIdentity()

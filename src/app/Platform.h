@@ -10,11 +10,13 @@
 #include "platform/ControlEndpoint.h"
 #include "platform/DesktopPreferences.h"
 #include "platform/ListeningPorts.h"
+#include "platform/Microphone.h"
 #include "platform/NotificationCentre.h"
 #include "platform/OverlayWindows.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
+#include "platform/SpeechRecogniser.h"
 #include "platform/StatusItem.h"
 #include "platform/TerminalDriver.h"
 
@@ -47,8 +49,10 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<ControlEndpoint> makeControlEndpoint();
 [[nodiscard]] std::unique_ptr<ListeningPorts> makeListeningPorts();
 [[nodiscard]] std::unique_ptr<NotificationCentre> makeNotificationCentre();
+[[nodiscard]] std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock);
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
+[[nodiscard]] std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser();
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
 /// What the agent prints about its options. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> agentHelp();
