@@ -1,6 +1,6 @@
 #include "app/SuddenEnd.h"
 
-#include <QString>
+#include <QCoreApplication>
 
 #include <cstdlib>
 #include <thread>
@@ -25,12 +25,17 @@ void endInOrder()
     ::_exit(EXIT_FAILURE);
 }
 
-/// The toolkit leaves a Wayland compositor that has gone by _exit(), which runs no exit handler, but says so before.
+/// The toolkit leaves a Wayland compositor that has gone by _exit(), which runs no exit handler, but says so before,
+/// from whichever thread has noticed.
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     previousHandler(type, context, message);
-    if (message.startsWith(u"The Wayland connection "))
+    if (!message.startsWith(u"The Wayland connection "))
+        return;
+    if (thread == std::this_thread::get_id())
         endInOrder();
+    else
+        QMetaObject::invokeMethod(QCoreApplication::instance(), endInOrder, Qt::BlockingQueuedConnection);
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace vantry {
 class SuddenEnd final
 {
 public:
-    /// `onEnd` runs at most once, on the thread that made this; on any other, the process ends without it.
+    /// On the main thread, after the application object. `onEnd` runs there, at most once.
     explicit SuddenEnd(std::function<void()> onEnd);
     ~SuddenEnd();
     SuddenEnd(const SuddenEnd &) = delete;
