@@ -32,6 +32,16 @@ FocusScope {
         goingBack: root.model.goingBack
     }
 
+    Connections {
+        target: root.model.sessionList
+
+        function onAnnouncement(text: string) {
+            announcer.announce(text);
+        }
+    }
+    Announcer {
+        id: announcer
+    }
     Shortcut {
         enabled: !browserSlot.current && !pickerSlot.current
         sequence: "Ctrl+F"

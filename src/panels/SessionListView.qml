@@ -15,6 +15,10 @@ ListView {
     readonly property bool isScrolled: count > 0 && contentY > originY + headerItem.height
 
     readonly property SessionRow currentRow: currentItem as SessionRow
+    /// Where the header of each section is drawn, so that it goes on from there when another row bears it.
+    property var headerPlaces: ({})
+    /// The rows have just come to stand in another order, or in other sections.
+    readonly property bool isChanging: animated && changeNote.running
 
     signal newSessionRequested
     signal opened(string sessionID)
@@ -24,9 +28,8 @@ ListView {
 
     /// Where the header at the top edge stands: the next section's own header pushes it out.
     function stickyPlace(): real {
-        const item = itemAt(0, contentY + stickyHeader.height) ?? itemAt(0, contentY + stickyHeader.height + Tokens.sectionHeaderHeight);
-        const row = item as SessionRow;
-        const next = row && row.isFirst ? row.y - Tokens.sectionHeaderHeight - contentY : -1;
+        const row = itemAt(0, contentY + stickyHeader.height) as SessionRow;
+        const next = row && row.isFirst ? row.y - contentY : -1;
         return next < 0 ? 0 : Math.min(0, next - stickyHeader.height);
     }
 
@@ -34,7 +37,7 @@ ListView {
     function focusRow(index: int, last: bool) {
         currentIndex = index;
         positionViewAtIndex(index, ListView.Contain);
-        const highest = currentRow.y - (currentRow.isFirst ? Tokens.sectionHeaderHeight : stickyHeader.height);
+        const highest = currentRow.y - (currentRow.isFirst ? 0 : stickyHeader.height);
         const lowest = currentRow.y + currentRow.height + fade.height - height;
         const end = originY + contentHeight - height;
         contentY = Math.max(originY, Math.min(highest, Math.max(contentY, Math.min(lowest, end))));
@@ -64,18 +67,9 @@ ListView {
             focusRow(next, !forward);
     }
 
-    // A row that comes and is moved at once is shown in full, too.
-    component RowMove: Transition {
-        NumberAnimation {
-            property: "y"
-            duration: Tokens.rowMoveMs
-            easing.type: Easing.OutCubic
-        }
-        NumberAnimation {
-            property: "opacity"
-            to: 1
-            duration: Tokens.rowMoveMs
-        }
+    function forgetHeader(section: string, count: int) {
+        if (count === 0)
+            delete headerPlaces[section];
     }
 
     clip: true
@@ -98,17 +92,6 @@ ListView {
     // The next row takes the focus of one that has left.
     onCurrentRowChanged: if (activeFocus && currentRow) currentRow.showFocus()
 
-    add: Transition {
-        enabled: root.animated
-
-        NumberAnimation {
-            property: "opacity"
-            from: 0
-            to: 1
-            duration: Tokens.rowMoveMs
-            easing.type: Easing.OutCubic
-        }
-    }
     remove: Transition {
         enabled: root.animated
 
@@ -119,11 +102,31 @@ ListView {
             easing.type: Easing.OutCubic
         }
     }
-    move: RowMove {
-        enabled: root.animated
+
+    Connections {
+        target: root.sessions
+
+        function onRowsInserted() {
+            changeNote.restart();
+        }
+        function onRowsMoved() {
+            changeNote.restart();
+        }
+        // A section that comes again later doesn't come from where it was once.
+        function onAttentionCountChanged() {
+            root.forgetHeader("attention", root.sessions.attentionCount);
+        }
+        function onReadyCountChanged() {
+            root.forgetHeader("ready", root.sessions.readyCount);
+        }
+        function onWorkingCountChanged() {
+            root.forgetHeader("working", root.sessions.workingCount);
+        }
     }
-    displaced: RowMove {
-        enabled: root.animated
+    PauseAnimation {
+        id: changeNote
+
+        duration: Tokens.rowMoveMs
     }
 
     // What stands in components below is part of this list alone, and sees it.
@@ -144,24 +147,12 @@ ListView {
         }
     }
     section.property: "section"
-    // A header that is used again is told its new section by the context alone: the list, around it, has a property of
-    // that name. Without required properties of its own it is told so from the beginning.
-    section.delegate: Item {
-        width: root.width
-        height: header.implicitHeight
-
-        SessionSectionHeader {
-            id: header
-
-            width: parent.width
-            sessions: root.sessions
-            name: section
-        }
-    }
     delegate: SessionRow {
         width: root.width
         sessions: root.sessions
         animated: root.animated
+        comesWithChange: root.isChanging
+        headerPlaces: root.headerPlaces
         onOpened: root.opened(sessionID)
         onMenuRequested: (item, position) => root.menuRequested(sessionID, item, position)
         onTabbedOut: forward => root.leaveRow(index, forward)

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.Panels
 import Vantry.Style
 
@@ -30,13 +31,25 @@ FocusScope {
     required property string accessibleText
 
     required property SessionListModel sessions
-    /// Whether what runs may be seen to move.
+    /// Whether what changes may be seen to move.
     required property bool animated
+    /// A row that is made now is new in its place, and fades in; else it was scrolled to.
+    required property bool comesWithChange
+    /// By section, where its header is drawn in the list.
+    required property var headerPlaces
 
     readonly property real topPadding: isAttention ? Tokens.sp6 : Tokens.sp4
+    readonly property real gap: isAttention ? Tokens.sp4 : 0
     readonly property real bottomPadding: hasButtons ? 7 : isAttention ? Tokens.sp8 : Tokens.sp6
-    /// Stands under the header of its section.
+    /// Bears the header of its section.
     readonly property bool isFirst: ListView.section !== ListView.previousSection
+    readonly property string headerName: isFirst ? ListView.section : ""
+    readonly property real headerHeight: isFirst ? Tokens.sectionHeaderHeight : 0
+    /// The header was borne by another row until now.
+    property bool takesHeader: false
+    /// It has stood in the list for a while, so that what moves it is a change of the list.
+    property bool isSettled: false
+    readonly property bool glides: animated && isSettled
     readonly property bool hasButtons: showsPermission || showsQuestion
     readonly property Item lastControl: (buttons.item as PermissionButtons)?.last ?? (buttons.item as QuestionButtons)?.last ?? more
 
@@ -82,11 +95,38 @@ FocusScope {
         return true;
     }
 
-    implicitHeight: card.height + (isAttention ? Tokens.sp4 : 0)
+    function settle() {
+        isSettled = true;
+    }
+
+    /// Takes its place at once.
+    function appear() {
+        // One that has been removed was faded out.
+        opacity = 1;
+        if (comesWithChange)
+            fadeIn.restart();
+        Qt.callLater(settle);
+    }
+
+    implicitHeight: headerHeight + card.fullHeight + gap
+    // What moves farthest is above the others.
+    z: Math.abs(bodyGlide.offset)
+    onHeaderNameChanged: {
+        const from = headerName === "" ? undefined : headerPlaces[headerName];
+        takesHeader = from !== undefined && (isSettled || comesWithChange);
+        headerGlide.start(takesHeader ? from - y : 0);
+    }
+    Component.onCompleted: appear()
     // Else assistive programs would still find it while it waits to be used again.
-    ListView.onPooled: visible = false
-    ListView.onReused: visible = true
-    onHasButtonsChanged: if (buttons.activeFocus) focusRow()
+    ListView.onPooled: {
+        visible = false;
+        isSettled = false;
+    }
+    ListView.onReused: {
+        visible = true;
+        appear();
+    }
+    onHasButtonsChanged: if (buttons.activeFocus) card.forceActiveFocus((Window.activeFocusItem as T.Control)?.visualFocus ? Qt.TabFocusReason : Qt.MouseFocusReason)
 
     Keys.onPressed: event => event.accepted = event.modifiers === Qt.AltModifier && takeKey(event.key)
     Keys.onRightPressed: step(!LayoutMirroring.enabled)
@@ -97,95 +137,148 @@ FocusScope {
             focusRow();
     }
 
-    // Opaque, so that what was drawn here before is surely drawn over.
-    Rectangle {
-        anchors.fill: parent
-        color: Theme.bg
+    NumberAnimation {
+        id: fadeIn
+
+        target: root
+        property: "opacity"
+        from: 0
+        to: 1
+        duration: Tokens.rowMoveMs
+        easing.type: Easing.OutCubic
     }
-    HoverHandler {
-        id: pointer
+    Glide {
+        id: headerGlide
+
+        place: root.y
+        enabled: root.glides || (root.animated && root.takesHeader)
+        onShownChanged: if (root.headerName !== "")
+            root.headerPlaces[root.headerName] = shown
     }
-    ListRow {
-        id: card
+    Glide {
+        id: bodyGlide
 
-        x: Tokens.sp8
-        width: parent.width - 2 * x
-        height: root.topPadding + title.implicitHeight + detail.implicitHeight + (root.hasButtons ? Tokens.sp6 + buttons.implicitHeight : 0) + root.bottomPadding
-        focus: true
-        attention: root.isAttention
-        Accessible.name: root.accessibleText
-        onClicked: root.opened()
-        onMenuRequested: position => root.menuRequested(card, position)
-        Keys.onBacktabPressed: root.tabbedOut(false)
-
-        SessionStateIcon {
-            anchors.left: parent.left
-            anchors.leftMargin: Tokens.sp8
-            anchors.verticalCenter: title.verticalCenter
-            kind: root.icon
-            animated: root.animated
+        place: root.y + root.headerHeight
+        enabled: root.glides
+    }
+    Loader {
+        y: headerGlide.offset
+        width: parent.width
+        active: root.isFirst
+        sourceComponent: SessionSectionHeader {
+            sessions: root.sessions
+            name: root.ListView.section
         }
-        SessionTitleLine {
-            id: title
+    }
+    Item {
+        y: root.headerHeight + bodyGlide.offset
+        width: parent.width
+        height: card.height + root.gap
 
-            anchors.left: parent.left
-            anchors.leftMargin: Tokens.sp32
-            anchors.right: more.visible ? more.left : pie.left
-            anchors.rightMargin: more.visible ? 0 : Tokens.sp8
-            anchors.top: parent.top
-            anchors.topMargin: root.topPadding
-            name: root.name
-            branch: root.branch
-            added: root.linesAddedText
-            removed: root.linesRemovedText
+        // Opaque, so that what was drawn here before is surely drawn over.
+        Rectangle {
+            anchors.fill: parent
+            color: Theme.bg
         }
-        IconButton {
-            id: more
+        HoverHandler {
+            id: pointer
+        }
+        ListRow {
+            id: card
 
-            anchors.right: pie.left
-            anchors.rightMargin: Tokens.sp2
-            anchors.verticalCenter: title.verticalCenter
-            visible: pointer.hovered || root.activeFocus
-            size: Tokens.hitMin
-            symbol: "three-dots"
-            text: qsTr("More")
-            onClicked: root.menuRequested(more, Qt.point(0, height))
-            Keys.onTabPressed: event => {
-                event.accepted = !root.hasButtons;
-                if (event.accepted)
-                    root.tabbedOut(true);
+            readonly property real fullHeight: root.topPadding + title.implicitHeight + detail.implicitHeight + (root.hasButtons ? Tokens.sp6 + buttons.implicitHeight : 0) + root.bottomPadding
+
+            x: Tokens.sp8
+            width: parent.width - 2 * x
+            height: fullHeight
+            clip: unfolding.running
+            focus: true
+            attention: root.isAttention
+            Accessible.name: root.accessibleText
+            onClicked: root.opened()
+            onMenuRequested: position => root.menuRequested(card, position)
+            Keys.onBacktabPressed: root.tabbedOut(false)
+
+            Behavior on height {
+                enabled: root.glides && !Tokens.reducedMotion
+
+                NumberAnimation {
+                    id: unfolding
+
+                    duration: Tokens.rowMoveMs
+                    easing.type: Easing.OutCubic
+                }
             }
-        }
-        ContextPie {
-            id: pie
 
-            anchors.right: parent.right
-            anchors.rightMargin: Tokens.sp8
-            anchors.verticalCenter: title.verticalCenter
-            opacity: root.contextUsed < 0 ? 0 : 1
-            used: Math.max(0, root.contextUsed)
-        }
-        SessionDetailLine {
-            id: detail
+            SessionStateIcon {
+                anchors.left: parent.left
+                anchors.leftMargin: Tokens.sp8
+                anchors.verticalCenter: title.verticalCenter
+                kind: root.icon
+                animated: root.animated
+            }
+            SessionTitleLine {
+                id: title
 
-            anchors.left: title.left
-            anchors.right: parent.right
-            anchors.rightMargin: Tokens.sp8
-            anchors.top: title.bottom
-            tool: root.showsPermission ? root.toolName : ""
-            text: root.showsPermission ? root.toolDetail : root.showsQuestion ? qsTr("Waiting for your answer") : root.statusLine
-            textColor: root.showsPermission ? Theme.text2 : root.showsQuestion ? Theme.accentText : Theme.text3
-            elapsedText: root.elapsedText
-        }
-        Loader {
-            id: buttons
+                anchors.left: parent.left
+                anchors.leftMargin: Tokens.sp32
+                anchors.right: more.visible ? more.left : pie.left
+                anchors.rightMargin: more.visible ? 0 : Tokens.sp8
+                anchors.top: parent.top
+                anchors.topMargin: root.topPadding
+                name: root.name
+                branch: root.branch
+                added: root.linesAddedText
+                removed: root.linesRemovedText
+            }
+            IconButton {
+                id: more
 
-            anchors.left: title.left
-            anchors.right: detail.right
-            anchors.top: detail.bottom
-            anchors.topMargin: Tokens.sp6
-            active: root.hasButtons
-            sourceComponent: root.showsPermission ? permissionButtons : questionButtons
+                anchors.right: pie.left
+                anchors.rightMargin: Tokens.sp2
+                anchors.verticalCenter: title.verticalCenter
+                visible: pointer.hovered || root.activeFocus
+                size: Tokens.hitMin
+                symbol: "three-dots"
+                text: qsTr("More")
+                onClicked: root.menuRequested(more, Qt.point(0, height))
+                Keys.onTabPressed: event => {
+                    event.accepted = !root.hasButtons;
+                    if (event.accepted)
+                        root.tabbedOut(true);
+                }
+            }
+            ContextPie {
+                id: pie
+
+                anchors.right: parent.right
+                anchors.rightMargin: Tokens.sp8
+                anchors.verticalCenter: title.verticalCenter
+                opacity: root.contextUsed < 0 ? 0 : 1
+                used: Math.max(0, root.contextUsed)
+            }
+            SessionDetailLine {
+                id: detail
+
+                anchors.left: title.left
+                anchors.right: parent.right
+                anchors.rightMargin: Tokens.sp8
+                anchors.top: title.bottom
+                tool: root.showsPermission ? root.toolName : ""
+                text: root.showsPermission ? root.toolDetail : root.showsQuestion ? qsTr("Waiting for your answer") : root.statusLine
+                textColor: root.showsPermission ? Theme.text2 : root.showsQuestion ? Theme.accentText : Theme.text3
+                elapsedText: root.elapsedText
+            }
+            Loader {
+                id: buttons
+
+                anchors.left: title.left
+                anchors.right: detail.right
+                anchors.top: detail.bottom
+                anchors.topMargin: Tokens.sp6
+                active: root.hasButtons
+                sourceComponent: root.showsPermission ? permissionButtons : questionButtons
+            }
         }
     }
     // The components below are part of this file alone, and see what stands around them.

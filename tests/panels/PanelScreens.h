@@ -32,7 +32,7 @@ protected:
     {
         if (!m_view)
             m_view =
-                std::make_unique<gallery::PictureView>(m_world, DesktopPreferences::Values { .reducedMotion = true });
+                std::make_unique<gallery::PictureView>(m_world, DesktopPreferences::Values { .reducedMotion = !moves });
         return *m_view;
     }
 
@@ -62,6 +62,8 @@ protected:
         auto *item = control(name);
         return item ? item->mapRectToScene(item->boundingRect()) : QRectF();
     }
+
+    bool moves { false }; ///< Whether the view, when it is made, shows how things move.
 
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { view().key(key, modifiers); }
 

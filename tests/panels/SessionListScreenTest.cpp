@@ -9,6 +9,18 @@ namespace {
 
 using SessionListScreenTest = PanelScreens;
 
+/// What screen readers are told to say: the name of the notification that is there; empty when there is none.
+QString announcement(QAccessibleInterface *root)
+{
+    auto *item = qobject_cast<QQuickItem *>(root->object());
+    if (root->role() == QAccessible::Notification && item && item->isVisible())
+        return root->text(QAccessible::Name);
+    QString found;
+    for (int i = 0; i < root->childCount() && found.isEmpty(); ++i)
+        found = announcement(root->child(i));
+    return found;
+}
+
 TEST_F(SessionListScreenTest, rowsAreListItemsUnderHeadings)
 {
     world().add(asking(u"storefront"_s));
@@ -36,6 +48,60 @@ TEST_F(SessionListScreenTest, headingsKeepTheirNamesWhenSessionsMoveBetweenSecti
 
     for (const QString &title : { u"Needs Attention"_s, u"Ready"_s, u"Working"_s })
         EXPECT_EQ(roleOf(title), QAccessible::Heading) << title.toStdString();
+}
+
+TEST_F(SessionListScreenTest, sessionsThatBeginToWaitAreAnnouncedOnce)
+{
+    const auto first = world().add({ .project = u"storefront"_s, .state = SessionState::working });
+    const auto second = world().add({ .project = u"ledger"_s, .state = SessionState::working });
+    view().settle();
+    auto *window = QAccessible::queryAccessibleInterface(&view().window());
+    EXPECT_EQ(announcement(window), QString());
+
+    first->setState(SessionState::needsPermission);
+    view().settle();
+    const QString firstText = u"storefront, "_s + first->statusText();
+    EXPECT_EQ(announcement(window), firstText);
+
+    second->setState(SessionState::hasQuestion);
+    view().settle();
+    const QString secondText = u"ledger, "_s + second->statusText();
+    EXPECT_EQ(announcement(window), secondText) << "the first one isn't said again";
+
+    first->setState(SessionState::working);
+    second->setState(SessionState::working);
+    view().settle();
+    first->setState(SessionState::needsPermission);
+    second->setState(SessionState::hasQuestion);
+    view().settle();
+    EXPECT_TRUE(announcement(window).contains(firstText));
+    EXPECT_TRUE(announcement(window).contains(secondText)) << "together";
+}
+
+TEST_F(SessionListScreenTest, rowsAndHeadersComeFromWhereTheyWere)
+{
+    moves = true;
+    world().add({ .project = u"photon"_s });
+    world().add({ .project = u"atlas"_s, .state = SessionState::working });
+    const auto ledger = world().add({ .project = u"ledger"_s, .state = SessionState::working });
+    view().settle();
+    const QStringList names { u"Ready"_s, u"photon"_s, u"Working"_s, u"atlas"_s, u"ledger"_s };
+    QList<QRectF> before;
+    for (const QString &name : names)
+        before.append(placeOf(name));
+
+    ledger->setToolName(u"Bash"_s);
+    ledger->setState(SessionState::needsPermission);
+    world().settle();
+    QMetaObject::invokeMethod(control(u"Sessions"_s), "forceLayout");
+    for (int i = 0; i < names.size(); ++i)
+        EXPECT_EQ(placeOf(names.at(i)), before.at(i)) << names.at(i).toStdString();
+
+    view().settle();
+    EXPECT_LT(placeOf(u"ledger"_s).y(), placeOf(u"Ready"_s).y());
+    EXPECT_GT(placeOf(u"ledger"_s).height(), before.at(4).height());
+    EXPECT_EQ(placeOf(u"Ready"_s).y(), placeOf(u"ledger"_s).bottom() + 4);
+    EXPECT_EQ(placeOf(u"atlas"_s).y() - placeOf(u"Working"_s).y(), before.at(3).y() - before.at(2).y());
 }
 
 TEST_F(SessionListScreenTest, emptyListSaysHowToBegin)

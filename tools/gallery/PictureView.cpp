@@ -27,6 +27,9 @@ QQuickItem *findControl(QAccessibleInterface *root, const QString &name)
         auto *interface = waiting.front();
         waiting.pop_front();
         auto *item = qobject_cast<QQuickItem *>(interface->object());
+        // What is said of a session isn't the session.
+        if (interface->role() == QAccessible::Notification)
+            continue;
         const QString text = interface->text(QAccessible::Name);
         if (item && item->isVisible() && text == name)
             return item;
