@@ -110,6 +110,21 @@ ChatFacts::Answer answerOf(const SessionPtr &session, const std::vector<ChatQues
     return { true, {} };
 }
 
+/// Why no text is taken now, short enough for the field.
+QString reasonOf(const SessionPtr &session, const QString &refusal, const SessionCallbacks &callbacks)
+{
+    if (!callbacks.canType(session))
+        return asSentence(refusal);
+    switch (session->state()) {
+    case SessionState::needsPermission:
+        return Words::tr("Answer the request above first");
+    case SessionState::hasQuestion:
+        return Words::tr("Answer this in the session's terminal");
+    default:
+        return asSentence(refusal);
+    }
+}
+
 ChatFacts::Input inputOf(const SessionPtr &session, const std::vector<ChatQuestion> &questions,
                          const SessionCallbacks &callbacks)
 {
@@ -119,7 +134,7 @@ ChatFacts::Input inputOf(const SessionPtr &session, const std::vector<ChatQuesti
     if (!session->isAlive()) {
         input.placeholder = Words::tr("The session has finished");
     } else if (const auto refusal = callbacks.refusalOfText(session)) {
-        input.placeholder = asSentence(*refusal);
+        input.placeholder = reasonOf(session, *refusal, callbacks);
     } else {
         input.isEnabled = true;
         input.placeholder =

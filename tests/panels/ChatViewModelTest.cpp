@@ -373,7 +373,7 @@ TEST_F(ChatViewModelTest, whileAPermissionWaitsTheFieldSaysWhyItIsDisabled)
     setState(SessionState::needsPermission);
     EXPECT_TRUE(chat->showsInputBar());
     EXPECT_FALSE(chat->inputEnabled());
-    EXPECT_EQ(chat->placeholder(), u"The session waits for a permission, which text would grant"_s);
+    EXPECT_EQ(chat->placeholder(), u"Answer the request above first"_s);
     EXPECT_FALSE(chat->canSend());
     EXPECT_EQ(chat->typedText(), u"half a tho"_s);
 

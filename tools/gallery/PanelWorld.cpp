@@ -1,6 +1,8 @@
 #include "gallery/PanelWorld.h"
 
+#include "sessions/GitRepositories.h"
 #include "support/EventBuilder.h"
+#include "terminal/TypingRules.h"
 
 #include <QDir>
 #include <QFile>
@@ -61,7 +63,8 @@ SessionCallbacks PanelWorld::callbacks()
         acts.append(u"launch "_s + QDir(path).dirName());
     };
     calls.hasAlwaysAllowSuggestions = [this](const SessionPtr &session) { return m_withRule.contains(session->id()); };
-    calls.canType = [](const SessionPtr &) { return true; };
+    calls.canType = [](const SessionPtr &session) { return session->terminalType() == u"tmux-pane"_s; };
+    calls.refusalOfText = [](const SessionPtr &session) { return TypingRules::refusalOfText(*session); };
     calls.refusalOfAnswer = [this](const SessionPtr &session, int) -> std::optional<QString> {
         if (sessionsWithoutAnswer.contains(session->id()))
             return u"Answer in the terminal."_s;
@@ -82,7 +85,12 @@ SessionPtr PanelWorld::add(const SessionFacts &facts, const QString &id)
 {
     const QString identifier = id.isEmpty() ? facts.project : id;
     test::EventBuilder event(HookEventType::sessionStart);
-    event.session(identifier).terminal(u"tmux-pane"_s, u"/tmp/tmux,%0"_s);
+    event.session(identifier).terminal(facts.terminal, u"/tmp/tmux,%0"_s);
+    if (!facts.transcript.isEmpty()) {
+        const QString path = m_home.filePath(identifier + u".jsonl"_s);
+        test::writeFile(path, facts.transcript);
+        event.transcriptPath(path);
+    }
     if (!facts.project.isEmpty())
         event.cwd(projectPath(facts.project));
     m_manager.handleEvent(event);

@@ -37,6 +37,8 @@ struct SessionFacts
     int minutesAgo { 0 };
     QStringList options {}; ///< Of the question that it asks.
     bool suggestsRule { true };
+    QByteArray transcript {};                         ///< Its lines; empty: there is none.
+    QString terminal { QStringLiteral("tmux-pane") }; ///< Of which only this one can be typed into.
 };
 
 /// The panel's view models over real services, a home of their own, and a time that stands still. What the user does is

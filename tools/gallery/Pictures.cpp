@@ -1,5 +1,6 @@
 #include "gallery/Pictures.h"
 
+#include "gallery/ChatPictures.h"
 #include "sessions/GitRepositories.h"
 
 #include <QDir>
@@ -294,24 +295,24 @@ void addDialogPictures(std::vector<Picture> &all)
 /// The same again for those who see or read in another way.
 void addVariants(std::vector<Picture> &all)
 {
-    all.push_back({ u"session-list-high-contrast"_s, addFour });
-    all.back().preferences.highContrast = true;
-    for (const auto &[name, scale] : { std::pair(u"130"_s, 1.3), std::pair(u"200"_s, 2.0) }) {
-        for (const QString &base : { u"session-list"_s, u"session-list-odd-names"_s, u"session-browser"_s,
-                                     u"resume-dialog-mismatch"_s, u"project-detail-modes"_s }) {
-            Picture picture = *std::ranges::find(all, base, &Picture::name);
-            picture.name = base + u"-text-"_s + name;
-            picture.preferences.textScale = scale;
-            all.push_back(std::move(picture));
-        }
-    }
-    for (const QString &base : { u"session-list"_s, u"session-list-odd-names"_s, u"session-browser"_s,
-                                 u"new-session-picker"_s, u"project-detail-modes"_s, u"resume-dialog-mismatch"_s }) {
+    const auto addVariant = [&all](const QString &base, const QString &suffix) -> Picture & {
         Picture picture = *std::ranges::find(all, base, &Picture::name);
-        picture.name = base + u"-right-to-left"_s;
-        picture.direction = Qt::RightToLeft;
-        all.push_back(std::move(picture));
+        picture.name = base + suffix;
+        return all.emplace_back(std::move(picture));
+    };
+    for (const QString &base : { u"session-list"_s, u"chat-permission"_s })
+        addVariant(base, u"-high-contrast"_s).preferences.highContrast = true;
+    for (const auto &[suffix, scale] : { std::pair(u"-text-130"_s, 1.3), std::pair(u"-text-200"_s, 2.0) }) {
+        for (const QString &base : { u"session-list"_s, u"session-list-odd-names"_s, u"session-browser"_s,
+                                     u"resume-dialog-mismatch"_s, u"project-detail-modes"_s, u"chat-working"_s,
+                                     u"chat-permission"_s, u"chat-question"_s, u"chat-info"_s, u"chat-stop"_s })
+            addVariant(base, suffix).preferences.textScale = scale;
     }
+    for (const QString &base :
+         { u"session-list"_s, u"session-list-odd-names"_s, u"session-browser"_s, u"new-session-picker"_s,
+           u"project-detail-modes"_s, u"resume-dialog-mismatch"_s, u"chat-working"_s, u"chat-permission"_s,
+           u"chat-question"_s, u"chat-info"_s, u"chat-stop"_s, u"chat-odd-texts"_s })
+        addVariant(base, u"-right-to-left"_s).direction = Qt::RightToLeft;
 }
 
 } // namespace
@@ -323,6 +324,7 @@ const std::vector<Picture> &pictures()
         addSessionPictures(list);
         addBrowserPictures(list);
         addDialogPictures(list);
+        addChatPictures(list);
         addVariants(list);
         return list;
     }();
