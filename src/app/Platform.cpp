@@ -125,6 +125,18 @@ NotificationCentre::Server findNotificationServer()
     return vantry::findNotificationServer();
 }
 
+std::optional<QString> microphoneProblem(const Clock &clock)
+{
+    return LinuxMicrophone::problem(clock);
+}
+
+std::optional<QString> speechProblem()
+{
+    const QString model = SphinxDecoder::systemModel();
+    return SphinxDecoder::hasModel(model) ? SphinxDecoder::libraryProblem()
+                                          : std::optional(QStringLiteral("there is no model in %1").arg(model));
+}
+
 bool chooseWindowSystem()
 {
     return vantry::chooseWindowSystem();

@@ -64,6 +64,10 @@ struct Terminals
 [[nodiscard]] bool hasTray();
 /// Who shows notifications on this desktop. Waits for the answer, a second or two at most.
 [[nodiscard]] NotificationCentre::Server findNotificationServer();
+/// Why nobody could be listened to, if so. Waits for the audio server, some seconds at most.
+[[nodiscard]] std::optional<QString> microphoneProblem(const Clock &clock);
+/// What is missing for recognising speech, if anything.
+[[nodiscard]] std::optional<QString> speechProblem();
 /// Makes the toolkit draw by the window system that answers, unless the user has chosen one. False when none does.
 /// Before the application object.
 [[nodiscard]] bool chooseWindowSystem();

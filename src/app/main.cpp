@@ -84,7 +84,9 @@ public:
                                     terminals.driverList(),
                                     platform::hasDisplay(),
                                     platform::hasTray(),
-                                    platform::findNotificationServer() });
+                                    platform::findNotificationServer(),
+                                    platform::microphoneProblem(m_clock),
+                                    platform::speechProblem() });
         return printDoctor(doctor, checks.all(), m_console);
     }
     int operator()(const command::Show &) { return runShow(*client(), m_console); }

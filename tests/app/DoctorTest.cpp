@@ -75,7 +75,8 @@ TEST_F(Doctor, looksAtEverythingOnce)
 
     EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
                                     u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"tray"_s, u"notifications"_s, u"terminals"_s }));
+                                    u"display"_s, u"tray"_s, u"notifications"_s, u"microphone"_s,
+                                    u"speech recognition"_s, u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)
@@ -316,6 +317,27 @@ TEST_F(Doctor, tellsHowToGetNotifications)
         EXPECT_TRUE(check(server).advice);
         EXPECT_EQ(check(server).weight, Weight::Helpful);
     }
+}
+
+TEST_F(Doctor, tellsWhatKeepsFromDictating)
+{
+    const DoctorChecks well({ .paths = paths, .client = client, .peers = peers, .ports = ports, .port = freePort });
+    EXPECT_TRUE(well.microphone().ok);
+    EXPECT_TRUE(well.speech().ok);
+
+    const DoctorChecks lacking({ .paths = paths,
+                                 .client = client,
+                                 .peers = peers,
+                                 .ports = ports,
+                                 .port = freePort,
+                                 .microphoneProblem = u"Connection refused"_s,
+                                 .speechProblem = u"there is no model"_s });
+    for (const DoctorCheck &check : { lacking.microphone(), lacking.speech() }) {
+        EXPECT_FALSE(check.ok);
+        EXPECT_TRUE(check.advice);
+        EXPECT_EQ(check.weight, Weight::Helpful);
+    }
+    EXPECT_EQ(lacking.microphone().detail, u"Nothing can be dictated: Connection refused"_s);
 }
 
 const QList<DoctorCheck> report { { u"bus"_s, true, u"fine"_s, {}, Weight::Helpful },

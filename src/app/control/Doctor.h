@@ -52,6 +52,8 @@ public:
         bool hasDisplay { false };
         bool hasTray { false };
         NotificationCentre::Server notificationServer {};
+        std::optional<QString> microphoneProblem {}; ///< Why there is none, if so.
+        std::optional<QString> speechProblem {};     ///< What is missing for recognising speech, if anything.
     };
 
     explicit DoctorChecks(const Surroundings &surroundings)
@@ -73,6 +75,8 @@ public:
     [[nodiscard]] DoctorCheck peerIdentity() const;
     [[nodiscard]] DoctorCheck display() const;
     [[nodiscard]] DoctorCheck tray() const;
+    [[nodiscard]] DoctorCheck microphone() const;
+    [[nodiscard]] DoctorCheck speech() const;
     [[nodiscard]] DoctorCheck notifications() const;
     /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
     /// can't be.

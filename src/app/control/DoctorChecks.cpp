@@ -130,7 +130,7 @@ QList<DoctorCheck> DoctorChecks::all() const
 {
     return QList { application(), listener(),   sessionBus(), hook(),         python(),  agent(), git(),
                    database(),    dataFolder(), log(),        peerIdentity(), display(), tray(),  notifications() } +
-           terminals();
+           QList { microphone(), speech() } + terminals();
 }
 
 DoctorCheck DoctorChecks::application() const
@@ -362,6 +362,26 @@ DoctorCheck DoctorChecks::notifications() const
         check.advice = u"Start a notification server, such as \"dunst\": Vantry takes it at once"_s;
         break;
     }
+    return check;
+}
+
+DoctorCheck DoctorChecks::microphone() const
+{
+    const auto &problem = m_surroundings.microphoneProblem;
+    DoctorCheck check { .name = u"microphone"_s, .ok = !problem };
+    check.detail = problem ? u"Nothing can be dictated: %1"_s.arg(*problem) : u"There is a microphone"_s;
+    if (problem)
+        check.advice = u"See that an audio server runs and that its default source is a microphone"_s;
+    return check;
+}
+
+DoctorCheck DoctorChecks::speech() const
+{
+    const auto &problem = m_surroundings.speechProblem;
+    DoctorCheck check { .name = u"speech recognition"_s, .ok = !problem };
+    check.detail = problem ? u"Nothing can be dictated: %1"_s.arg(*problem) : u"Speech can be recognised"_s;
+    if (problem)
+        check.advice = u"Install the packages \"libpocketsphinx3\" and \"pocketsphinx-en-us\""_s;
     return check;
 }
 
