@@ -66,6 +66,7 @@ public:
     [[nodiscard]] std::vector<std::string> query(const char *sql) const;
 
     [[nodiscard]] QProcessEnvironment environment() const;
+    [[nodiscard]] const QString &busAddress() const { return m_busAddress; }
 
 private:
     void startBus();
