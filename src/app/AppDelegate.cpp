@@ -23,6 +23,8 @@ AppDelegate::AppDelegate(Paths paths, Ports ports, std::optional<std::uint16_t> 
                   m_sessionChanges, ports.controlEndpoint },
                 m_paths.home)
 {
+    if (m_ports.sounds)
+        m_soundService.emplace(m_defaults, *m_ports.sounds, m_log.general());
     m_control.onQuit = [this] { quitApp(); };
     m_transcriptIndexer.onProgress = [this](TranscriptIndexer::Progress progress) {
         m_control.announceBackfill(static_cast<std::size_t>(progress.done), static_cast<std::size_t>(progress.total));
@@ -141,6 +143,8 @@ void AppDelegate::fanOut(const HookEvent &event)
     const bool waitedForPermission = session && session->state() == SessionState::needsPermission;
 
     m_sessionManager.handleEvent(event);
+    if (m_soundService)
+        m_soundService->handleEvent(event, m_sessionManager);
 
     if (type == HookEventType::sessionEnd || type == HookEventType::taskCompleted)
         m_pendingPermissions.dismissAll(event.sessionID);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "alerts/NotificationService.h"
+#include "alerts/SoundService.h"
 #include "app/SessionActions.h"
 #include "app/control/ControlService.h"
 #include "base/Clock.h"
@@ -19,6 +20,7 @@
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
+#include "platform/SoundPlayer.h"
 #include "platform/TerminalDriver.h"
 #include "sessions/GitFacts.h"
 #include "sessions/LiveProcessChecker.h"
@@ -65,6 +67,7 @@ public:
         std::function<std::optional<QString>(const QUrl &)> openUrl {};
         /// Takes the desktop's leave to bring a window forward. Unset: nobody needs it.
         std::function<void(const QString &token)> useActivationToken {};
+        SoundPlayer *sounds { nullptr }; ///< Null: silence.
     };
 
     /// Without a port nothing comes in from outside.
@@ -129,6 +132,7 @@ private:
                                       m_ports.clock, m_log.general() };
     NotificationService m_notificationService { { m_ports.notifications, m_pendingPermissions, m_defaults,
                                                   m_ports.clock } };
+    std::optional<SoundService> m_soundService;
     TerminalBridge m_terminalBridge;
     SessionActions m_sessionActions { { m_sessionManager, m_pendingPermissions, m_terminalBridge, m_ports.scheduler,
                                         m_log.general() } };

@@ -139,10 +139,11 @@ int runApplication(Console &console)
     const auto peers = platform::makePeerIdentity();
     const auto endpoint = platform::makeControlEndpoint();
     const auto notifications = platform::makeNotificationCentre();
+    const auto sounds = platform::makeSoundPlayer();
     const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
                                   *terminals.scripts, *notifications, terminals.driverList(), platform::agentHelp,
-                                  platform::openUrl, terminals.useActivationToken });
+                                  platform::openUrl, terminals.useActivationToken, sounds.get() });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);

@@ -15,6 +15,7 @@
 #include "platform/linux/LinuxPeerIdentity.h"
 #include "platform/linux/LinuxProcessTable.h"
 #include "platform/linux/LinuxScriptHost.h"
+#include "platform/linux/LinuxSoundPlayer.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/NotificationServer.h"
 #include "platform/linux/PocketSphinxRecogniser.h"
@@ -26,7 +27,12 @@
 #include "platform/linux/WindowSystem.h"
 #include "platform/linux/X11WindowDriver.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
+
 namespace vantry::platform {
+
+using namespace Qt::StringLiterals;
 
 std::unique_ptr<ControlClient> makeControlClient()
 {
@@ -66,6 +72,19 @@ std::unique_ptr<PeerIdentity> makePeerIdentity()
 std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths)
 {
     return std::make_unique<LinuxProcessTable>(paths.dataFolder);
+}
+
+std::unique_ptr<SoundPlayer> makeSoundPlayer()
+{
+    const QString folder = QCoreApplication::applicationDirPath();
+    QString program = folder + u"/vantry-sound"_s;
+    QString sounds = folder + u"/sounds"_s;
+    // Where it was built, all is in one folder.
+    if (!QFileInfo::exists(program)) {
+        program = folder + u"/" VANTRY_LIBEXEC "/vantry-sound"_s;
+        sounds = folder + u"/" VANTRY_DATA "/vantry/sounds"_s;
+    }
+    return std::make_unique<LinuxSoundPlayer>(program, QStringList { sounds } + LinuxSoundPlayer::themeFolders());
 }
 
 std::vector<TerminalDriver *> Terminals::driverList() const

@@ -16,6 +16,7 @@
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
+#include "platform/SoundPlayer.h"
 #include "platform/SpeechRecogniser.h"
 #include "platform/StatusItem.h"
 #include "platform/TerminalDriver.h"
@@ -53,6 +54,8 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
 [[nodiscard]] std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser();
+/// Needs the application object, whose folder tells where the sounds are.
+[[nodiscard]] std::unique_ptr<SoundPlayer> makeSoundPlayer();
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
 /// What the agent prints about its options. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> agentHelp();

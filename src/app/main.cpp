@@ -85,6 +85,7 @@ public:
                                     platform::hasDisplay(),
                                     platform::hasTray(),
                                     platform::findNotificationServer(),
+                                    platform::makeSoundPlayer()->problem(),
                                     platform::microphoneProblem(m_clock),
                                     platform::speechProblem() });
         return printDoctor(doctor, checks.all(), m_console);

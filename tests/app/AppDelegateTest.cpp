@@ -7,6 +7,7 @@
 #include "support/FakeNotificationCentre.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
+#include "support/FakeSoundPlayer.h"
 #include "support/FakeTerminalDriver.h"
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
@@ -48,6 +49,7 @@ protected:
     {
         AppDelegate::Ports ports { clock,    scheduler,    mainQueue, processes,     peers,
                                    endpoint, applications, scripts,   notifications, { &terminal } };
+        ports.sounds = &sounds;
         ports.useActivationToken = [this](const QString &token) { activationTokens.append(token); };
         ports.openUrl = [this](const QUrl &url) { return openUrl(url); };
         return ports;
@@ -115,6 +117,7 @@ protected:
     test::FakeApplications applications;
     test::RecordingScriptHost scripts;
     test::FakeNotificationCentre notifications;
+    test::FakeSoundPlayer sounds;
     QStringList activationTokens;
     test::FakeTerminalDriver terminal;
     std::optional<AppDelegate> delegate;
@@ -376,6 +379,33 @@ TEST_F(AppDelegateTest, thePanelAnswersRequests)
     EXPECT_EQ(heldRequests(), 0);
     EXPECT_EQ(&delegate->panelServices().sessionManager, &delegate->sessionManager());
     EXPECT_EQ(delegate->panelServices().home, home.path());
+}
+
+TEST_F(AppDelegateTest, soundsFollowTheStateThatTheEventItselfBrings)
+{
+    launch();
+    EventBuilder prompt(HookEventType::notification);
+    prompt.notification(NotificationType::permissionPrompt).message(u"Claude needs your permission to use Bash"_s);
+
+    deliver(prompt);
+
+    ASSERT_TRUE(session());
+    ASSERT_EQ(session()->state(), SessionState::needsPermission);
+    EXPECT_EQ(sounds.played, QStringList { u"named Blow"_s });
+    positionInLog("SoundService: playing permissionPrompt\n");
+}
+
+TEST_F(AppDelegateTest, withoutAPlayerThereAreNoSounds)
+{
+    delegate.reset();
+    AppDelegate::Ports silent = ports();
+    silent.sounds = nullptr;
+    delegate.emplace(paths(), silent, port);
+    launch();
+
+    deliver(EventBuilder(HookEventType::notification).notification(NotificationType::taskComplete));
+
+    EXPECT_TRUE(sounds.played.isEmpty());
 }
 
 TEST_F(AppDelegateTest, anEventThatNeedsTheUserMakesANotification)

@@ -75,7 +75,7 @@ TEST_F(Doctor, looksAtEverythingOnce)
 
     EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
                                     u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"tray"_s, u"notifications"_s, u"microphone"_s,
+                                    u"display"_s, u"tray"_s, u"notifications"_s, u"sound"_s, u"microphone"_s,
                                     u"speech recognition"_s, u"terminals"_s }));
 }
 
@@ -292,6 +292,26 @@ TEST_F(Doctor, tellsHowToGetATray)
     EXPECT_FALSE(checks.tray().ok);
     EXPECT_TRUE(checks.tray().advice->contains(u"gnome-shell-extension-appindicator"));
     EXPECT_EQ(checks.tray().weight, Weight::Helpful);
+}
+
+TEST_F(Doctor, tellsWhatKeepsSoundsFromBeingHeard)
+{
+    const auto check = [this](std::optional<SoundPlayer::Problem> problem) {
+        return DoctorChecks({ .paths = paths,
+                              .client = client,
+                              .peers = peers,
+                              .ports = ports,
+                              .port = freePort,
+                              .soundProblem = std::move(problem) })
+            .sound();
+    };
+
+    EXPECT_TRUE(check({}).ok);
+    const DoctorCheck broken = check(SoundPlayer::Problem { u"No device"_s, u"Get one"_s });
+    EXPECT_FALSE(broken.ok);
+    EXPECT_EQ(broken.detail, u"No device"_s);
+    EXPECT_EQ(broken.advice, u"Get one"_s);
+    EXPECT_EQ(broken.weight, Weight::Helpful);
 }
 
 TEST_F(Doctor, tellsHowToGetNotifications)

@@ -9,6 +9,7 @@
 #include "platform/ListeningPorts.h"
 #include "platform/NotificationCentre.h"
 #include "platform/PeerIdentity.h"
+#include "platform/SoundPlayer.h"
 #include "platform/TerminalDriver.h"
 
 #include <QList>
@@ -52,6 +53,7 @@ public:
         bool hasDisplay { false };
         bool hasTray { false };
         NotificationCentre::Server notificationServer {};
+        std::optional<SoundPlayer::Problem> soundProblem {};
         std::optional<QString> microphoneProblem {}; ///< Why there is none, if so.
         std::optional<QString> speechProblem {};     ///< What is missing for recognising speech, if anything.
     };
@@ -78,6 +80,7 @@ public:
     [[nodiscard]] DoctorCheck microphone() const;
     [[nodiscard]] DoctorCheck speech() const;
     [[nodiscard]] DoctorCheck notifications() const;
+    [[nodiscard]] DoctorCheck sound() const;
     /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
     /// can't be.
     [[nodiscard]] QList<DoctorCheck> terminals() const;

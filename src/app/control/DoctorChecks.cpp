@@ -128,8 +128,8 @@ std::optional<TerminalDriver::Problem> terminalProblem(const SessionRow &session
 
 QList<DoctorCheck> DoctorChecks::all() const
 {
-    return QList { application(), listener(),   sessionBus(), hook(),         python(),  agent(), git(),
-                   database(),    dataFolder(), log(),        peerIdentity(), display(), tray(),  notifications() } +
+    return QList { application(), listener(), sessionBus(),   hook(),    python(), agent(),         git(),  database(),
+                   dataFolder(),  log(),      peerIdentity(), display(), tray(),   notifications(), sound() } +
            QList { microphone(), speech() } + terminals();
 }
 
@@ -363,6 +363,14 @@ DoctorCheck DoctorChecks::notifications() const
         break;
     }
     return check;
+}
+
+DoctorCheck DoctorChecks::sound() const
+{
+    const auto &problem = m_surroundings.soundProblem;
+    if (!problem)
+        return { .name = u"sound"_s, .ok = true, .detail = u"Sounds can be heard"_s };
+    return { .name = u"sound"_s, .detail = problem->detail, .advice = problem->advice };
 }
 
 DoctorCheck DoctorChecks::microphone() const
