@@ -9,7 +9,6 @@ FocusScope {
     property string placeholder
     property alias text: area.text
     property alias readOnly: area.readOnly
-    property alias readOnly: area.readOnly
     property int maxLines: 4
     readonly property alias preeditText: area.preeditText
     property real leftPadding: Tokens.sp8
