@@ -79,6 +79,7 @@ protected:
     SessionPtr start(const QString &id, const QString &directory = u"/home/u/app"_s)
     {
         manager.handleEvent(EventBuilder(HookEventType::sessionStart).session(id).projectDir(directory));
+        gitWorkers.waitForDone(); // The sample of its diff is back, and changes nothing later.
         turn();
         return manager.session(id);
     }
