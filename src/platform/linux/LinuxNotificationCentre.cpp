@@ -18,6 +18,8 @@ constexpr auto desktopEntry = "com.vantry.app"_L1;
 /// The action that a click on the notification itself means.
 constexpr auto defaultAction = "default"_L1;
 
+constexpr qsizetype mostEarlyActions = 100;
+
 bool isError(const QDBusMessage &answer)
 {
     return answer.type() != QDBusMessage::ReplyMessage;
@@ -177,6 +179,7 @@ void LinuxNotificationCentre::settleAuthorization(bool isGranted, const std::opt
 void LinuxNotificationCentre::ownerChanged(const QString &newOwner)
 {
     ++m_generation;
+    m_earlyActions.clear();
     m_isAsking = false;
     m_server = {};
     forgetShown();
@@ -243,6 +246,8 @@ void LinuxNotificationCentre::send(Entry &entry)
         QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
         return;
     }
+    if (std::ranges::none_of(m_entries, [](const Entry &e) { return e.stage == Stage::Sent; }))
+        m_earlyActions.clear();
     entry.stage = Stage::Sent;
     auto message = notificationCall("Notify");
     message.setArguments(argumentsOf(entry.request));
@@ -259,6 +264,8 @@ void LinuxNotificationCentre::sent(std::uint64_t number, const QDBusMessage &ans
     if (isUsable && isWanted) {
         entry->stage = Stage::Shown;
         entry->id = answer.arguments().constFirst().toUInt();
+        if (m_earlyActions.contains(entry->id))
+            takeAction(entry->id, m_earlyActions.take(entry->id));
         return;
     }
     const Failed failed = std::move(entry->failed);
@@ -324,8 +331,13 @@ void LinuxNotificationCentre::takeToken(uint id, const QString &token)
 void LinuxNotificationCentre::takeAction(uint id, const QString &action)
 {
     const auto entry = findShown(id);
-    if (entry == m_entries.end())
+    if (entry == m_entries.end()) {
+        // A signal may overtake the answer that tells the number.
+        const bool isSending = std::ranges::any_of(m_entries, [](const Entry &e) { return e.stage == Stage::Sent; });
+        if (isSending && m_earlyActions.size() < mostEarlyActions)
+            m_earlyActions.insert(id, action);
         return;
+    }
     const Response response { entry->request.identifier, action, entry->request.userInfo, entry->activationToken };
     m_entries.erase(entry);
     // Not every server does it by itself.

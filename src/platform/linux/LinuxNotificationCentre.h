@@ -85,6 +85,7 @@ private:
     Server m_server;
     Entries m_entries; ///< In the order in which they were added.
     std::uint64_t m_lastNumber { 0 };
+    QHash<uint, QString> m_earlyActions; ///< By the server's number; pressed before its answer has been taken.
     std::vector<Authorized> m_authorizing;
     int m_generation { 0 }; ///< Of the server: what one answers means nothing to the next.
     bool m_isAsking { false };
