@@ -47,7 +47,7 @@ T.RadioButton {
         }
         Label {
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, root.width - 2 * Tokens.sp8 - Tokens.iconSmall - Tokens.sp6 - (soon.visible ? soon.width + Tokens.sp6 : 0))
+            width: Math.min(implicitWidth, root.width - 2 * Tokens.sp4 - Tokens.iconSmall - Tokens.sp6 - (soon.visible ? soon.width + Tokens.sp6 : 0))
             text: root.title
             textStyle: root.isSelected ? Tokens.bodyStrong : Tokens.body
             color: root.color

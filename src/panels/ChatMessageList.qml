@@ -4,7 +4,7 @@ import Vantry.Panels
 import Vantry.Style
 
 /// The conversation, from the bottom up. It follows what comes until the user scrolls up, and again from the end on.
-FocusScope {
+T.Control {
     id: root
 
     required property ChatViewModel model
@@ -55,7 +55,7 @@ FocusScope {
     }
 
     onFocusItemChanged: showFocus()
-    activeFocusOnTab: true
+    focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Messages")
     Keys.onUpPressed: scrollBy(-3 * Tokens.body.lineHeight)
@@ -137,15 +137,9 @@ FocusScope {
         symbol: "xmark.circle"
         title: qsTr("No transcript yet")
     }
-    Rectangle {
-        anchors.fill: parent
+    FocusRing {
         anchors.margins: Tokens.focusRingOffset
-        visible: root.focusItem === root
-        radius: Tokens.radiusControl
-        color: "transparent"
-        border.width: Tokens.focusRingWidth
-        border.color: Theme.focus
-        Accessible.ignored: true
+        inside: true
     }
     IconButton {
         id: toEnd

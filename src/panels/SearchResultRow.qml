@@ -53,7 +53,7 @@ Item {
             anchors.right: time.left
             anchors.rightMargin: Tokens.sp12
             anchors.top: parent.top
-            anchors.topMargin: 5
+            anchors.topMargin: root.snippet === "" ? (parent.height - height) / 2 : 5
             name: root.name
             branch: root.branch
         }

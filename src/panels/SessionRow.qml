@@ -51,6 +51,10 @@ FocusScope {
     property bool isSettled: false
     readonly property bool glides: animated && isSettled
     readonly property bool hasButtons: showsPermission || showsQuestion
+    /// The card's height while it last had buttons. What has just been answered keeps this room, so that no other row
+    /// comes under the pointer, which may still be clicking.
+    property real heightWithButtons: 0
+    readonly property real roomHeight: isAttention && !hasButtons ? Math.max(heightWithButtons, card.fullHeight) : card.fullHeight
     readonly property Item lastControl: (buttons.item as PermissionButtons)?.last ?? (buttons.item as QuestionButtons)?.last ?? more
 
     /// The row itself was pressed, or "View".
@@ -105,10 +109,10 @@ FocusScope {
         opacity = 1;
         if (comesWithChange)
             fadeIn.restart();
-        Qt.callLater(settle);
+        Qt.callLater(settle); // qmllint disable
     }
 
-    implicitHeight: headerHeight + card.fullHeight + gap
+    implicitHeight: headerHeight + roomHeight + gap
     // What moves farthest is above the others.
     z: Math.abs(bodyGlide.offset)
     onHeaderNameChanged: {
@@ -124,6 +128,7 @@ FocusScope {
     }
     ListView.onReused: {
         visible = true;
+        heightWithButtons = hasButtons ? card.fullHeight : 0;
         appear();
     }
     onHasButtonsChanged: if (buttons.activeFocus) card.forceActiveFocus((Window.activeFocusItem as T.Control)?.visualFocus ? Qt.TabFocusReason : Qt.MouseFocusReason)
@@ -173,7 +178,7 @@ FocusScope {
     Item {
         y: root.headerHeight + bodyGlide.offset
         width: parent.width
-        height: card.height + root.gap
+        height: Math.max(card.height, root.roomHeight) + root.gap
 
         // Opaque, so that what was drawn here before is surely drawn over.
         Rectangle {
@@ -187,6 +192,8 @@ FocusScope {
             id: card
 
             readonly property real fullHeight: root.topPadding + title.implicitHeight + detail.implicitHeight + (root.hasButtons ? Tokens.sp6 + buttons.implicitHeight : 0) + root.bottomPadding
+
+            onFullHeightChanged: if (root.hasButtons) root.heightWithButtons = fullHeight
 
             x: Tokens.sp8
             width: parent.width - 2 * x

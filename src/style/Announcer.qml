@@ -12,7 +12,7 @@ Item {
     /// Texts of one turn of the event loop are said together.
     function announce(text: string) {
         waiting.push(text);
-        Qt.callLater(show);
+        Qt.callLater(show); // qmllint disable
     }
 
     function show() {

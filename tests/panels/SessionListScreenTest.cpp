@@ -339,6 +339,33 @@ TEST_F(SessionListScreenTest, buttonThatLeavesGivesItsFocusToItsRow)
     EXPECT_TRUE(focused().startsWith(u"storefront")) << qPrintable(focused());
 }
 
+TEST_F(SessionListScreenTest, buttonThatWasPressedByThePointerLeavesNoRing)
+{
+    const SessionPtr session = world().add(asking(u"storefront"_s));
+    view().click(u"Allow"_s);
+    session->setState(SessionState::working);
+    view().settle();
+    EXPECT_TRUE(focused().startsWith(u"storefront")) << qPrintable(focused());
+    EXPECT_FALSE(showsFocus());
+}
+
+TEST_F(SessionListScreenTest, nothingMovesUnderThePointerWhenARowHasJustBeenAnswered)
+{
+    const SessionPtr first = world().add(asking(u"storefront"_s));
+    world().add(asking(u"ledger"_s));
+    const QRectF before = placeOf(u"ledger"_s);
+    ASSERT_GT(before.y(), placeOf(u"storefront"_s).y());
+    first->setLastAttentionDate(world().now());
+    first->setState(SessionState::working);
+    view().settle();
+    EXPECT_EQ(placeOf(u"ledger"_s), before);
+    EXPECT_LT(placeOf(u"storefront"_s).height(), before.height());
+
+    world().settleAfter(Seconds { 3.5 });
+    view().settle();
+    EXPECT_LT(placeOf(u"ledger"_s).y(), before.y());
+}
+
 TEST_F(SessionListScreenTest, focusStaysOnItsSessionInAStormOfChanges)
 {
     QList<SessionPtr> sessions;

@@ -54,6 +54,7 @@ public:
     [[nodiscard]] MenuBarViewModel &panel() { return m_panel; }
     [[nodiscard]] SessionManager &manager() { return m_manager; }
     [[nodiscard]] test::ManualScheduler &scheduler() { return m_scheduler; }
+    [[nodiscard]] Date now() const { return m_clock.now(); }
     [[nodiscard]] QString home() const { return m_home.path(); }
     /// Of a project under the home, whether or not it is there.
     [[nodiscard]] QString projectPath(const QString &project) const;
