@@ -136,15 +136,16 @@ TEST_F(SoundTest, anOwnSoundIsHeard)
     EXPECT_FALSE(player.problem());
 }
 
-TEST_F(SoundTest, filesOfEachKindArePlayedToTheirEnd)
+TEST_F(SoundTest, filesOfEachKindAreHeard)
 {
     startServer();
-    std::vector<std::unique_ptr<ChildProcess>> players;
-    for (const QString &name : { u"glass.aiff"_s, u"glass.mp3"_s, u"glass.m4a"_s, u"glass.oga"_s })
-        players.push_back(start(QStringLiteral(VANTRY_SOUND_PROGRAM), { fixture(name) }));
-
-    for (const auto &player : players)
-        EXPECT_EQ(player->finish().exitCode, done) << player->arguments().first().toStdString();
+    startRecorder();
+    for (const QString &name : { u"glass.aiff"_s, u"glass.mp3"_s, u"glass.m4a"_s, u"glass.oga"_s }) {
+        const auto player = start(QStringLiteral(VANTRY_SOUND_PROGRAM), { fixture(name) });
+        EXPECT_TRUE(hearsSomething()) << name.toStdString();
+        EXPECT_EQ(player->finish().exitCode, done) << name.toStdString();
+        (void)recorder->readAllStandardOutput();
+    }
 }
 
 TEST_F(SoundTest, twoSoundsOverlapAndEndWithThePlayer)
