@@ -5,6 +5,7 @@
 #include "base/Text.h"
 #include "sessions/PendingPermissionStore.h"
 
+#include <QLocale>
 #include <QPointer>
 
 #include <cstdio>
@@ -111,7 +112,7 @@ Urgency urgencyOf(const VantrySession &session, const HookEvent &event)
 }
 
 /// By a copy, since what is called may set another.
-void call(const std::function<void(const QString &)> function, const QString &argument)
+void call(std::function<void(const QString &)> function, const QString &argument) // NOLINT(*-unnecessary-value-param)
 {
     if (function)
         function(argument);

@@ -47,7 +47,7 @@ qsizetype shownLength(QStringView text)
 
 QString htmlOf(const InlinePart &part)
 {
-    const QString text = escaped(part.text);
+    QString text = escaped(part.text);
     switch (part.kind) {
     case InlinePart::Kind::plain:
         return text;

@@ -32,7 +32,7 @@ SessionPtr makePlaceholder(const QString &path, Date now)
 
 } // namespace
 
-SessionLaunch::SessionLaunch(Services services, QString path, TerminalBridge::LaunchMode mode, Outcome outcome)
+SessionLaunch::SessionLaunch(Services services, const QString &path, TerminalBridge::LaunchMode mode, Outcome outcome)
     : m_services(services)
     , m_path(QDir::cleanPath(path))
     , m_mode(std::move(mode))

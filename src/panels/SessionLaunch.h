@@ -31,7 +31,7 @@ public:
     };
 
     /// What is alive now counts as known; so make this before the agent is started.
-    SessionLaunch(Services services, QString path, TerminalBridge::LaunchMode mode, Outcome outcome);
+    SessionLaunch(Services services, const QString &path, TerminalBridge::LaunchMode mode, Outcome outcome);
 
     [[nodiscard]] const SessionPtr &placeholder() const { return m_placeholder; }
 

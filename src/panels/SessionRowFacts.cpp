@@ -45,7 +45,7 @@ SessionListModel::Icon iconOf(const VantrySession &session, SessionSection secti
 /// A held request has a name; one that stands in the terminal alone is told by when it came and what it is about.
 QString requestOf(const SessionPtr &session, const SessionCallbacks &callbacks)
 {
-    if (const QString held = callbacks.heldRequestID(session); !held.isEmpty())
+    if (QString held = callbacks.heldRequestID(session); !held.isEmpty())
         return held;
     const auto attention = session->lastAttentionDate().value_or(Date());
     return QString::number(attention.time_since_epoch().count()) + u'\n' + session->toolName().value_or(QString()) +
