@@ -8,7 +8,9 @@
 #include <QLocale>
 #include <QPointer>
 
-#include <cstdio>
+#include <climits>
+#include <poll.h>
+#include <unistd.h>
 
 namespace vantry {
 
@@ -321,9 +323,11 @@ void NotificationService::didClose(const QString &identifier)
 
 void NotificationService::printToStandardOutput(const QString &line)
 {
-    const std::string text = escapeControlCharacters(line.toStdString()) + '\n';
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    // Whoever should read it may not: a pipe that takes something takes that much without waiting.
+    const std::string text = escapeControlCharacters(line.toStdString()).substr(0, PIPE_BUF - 1) + '\n';
+    pollfd output { STDOUT_FILENO, POLLOUT, 0 };
+    if (::poll(&output, 1, 0) == 1 && (output.revents & POLLOUT) != 0)
+        (void)!::write(STDOUT_FILENO, text.data(), text.size());
 }
 
 } // namespace vantry

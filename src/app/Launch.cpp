@@ -1,4 +1,5 @@
 #include "app/Launch.h"
+#include "app/NoNotifications.h"
 
 #include "app/AppDelegate.h"
 #include "app/Platform.h"
@@ -138,8 +139,10 @@ int runApplication(Console &console)
     const auto processes = platform::makeProcessTable(paths);
     const auto peers = platform::makePeerIdentity();
     const auto endpoint = platform::makeControlEndpoint();
-    const auto notifications = platform::makeNotificationCentre();
-    const auto sounds = platform::makeSoundPlayer();
+    const bool hasWindows = qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr;
+    const std::unique_ptr<NotificationCentre> notifications =
+        hasWindows ? platform::makeNotificationCentre() : std::make_unique<NoNotifications>();
+    const auto sounds = hasWindows ? platform::makeSoundPlayer() : nullptr;
     const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
                                   *terminals.scripts, *notifications, terminals.driverList(), platform::agentHelp,
@@ -154,7 +157,7 @@ int runApplication(Console &console)
         delegate.applicationWillTerminate();
     });
     std::optional<Scene> scene;
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+    if (hasWindows)
         scene.emplace(delegate, clock, scheduler);
     delegate.applicationDidFinishLaunching();
     const int code = QCoreApplication::exec();

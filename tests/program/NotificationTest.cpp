@@ -37,7 +37,7 @@ protected:
     }
     void start()
     {
-        vantry.start();
+        vantry.startWithWindows();
         ASSERT_TRUE(waitFor([this] { return server->asked > 0; }));
     }
 
@@ -83,7 +83,7 @@ TEST_F(Notification, goesWhenTheRequestIsAnsweredOnTheCommandLine)
 
 TEST_F(Notification, withoutAServerTheRestWorksAndALaterOneIsTaken)
 {
-    vantry.start();
+    vantry.startWithWindows();
     EXPECT_THAT(vantry.application().nextLine(), StartsWith("[Vantry] Notification auth error: "));
     const HookCall call = HookCall::post(permissionRequest("one"));
     EXPECT_THAT(vantry.application().nextLine(), StartsWith("[Vantry] Failed to deliver notification: "));
@@ -119,6 +119,17 @@ TEST_F(Notification, aSettingTurnsThemOffWhileTheProgramRuns)
         return !server->shown.isEmpty();
     }));
     EXPECT_EQ(server->shown.constFirst().summary, u"Your Turn"_s);
+}
+
+TEST_F(Notification, withoutWindowsThereIsNone)
+{
+    startServer();
+    vantry.start();
+    HookCall call = HookCall::post(permissionRequest("one"));
+    EXPECT_TRUE(vantry.shows("one", "heldPermissions", 1));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(server->shown.isEmpty());
+    EXPECT_EQ(server->asked, 0);
 }
 
 } // namespace

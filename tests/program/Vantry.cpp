@@ -92,6 +92,20 @@ void Vantry::start()
 {
     ASSERT_FALSE(isHealthy()) << "port 49152 is taken: a running Vantry has to be ended before these tests";
     launch();
+    waitUntilItAnswers();
+}
+
+void Vantry::startWithWindows()
+{
+    ASSERT_FALSE(isHealthy()) << "port 49152 is taken: a running Vantry has to be ended before these tests";
+    QProcessEnvironment inMemory;
+    inMemory.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    m_application = other(programPath, {}, inMemory);
+    waitUntilItAnswers();
+}
+
+void Vantry::waitUntilItAnswers()
+{
     ASSERT_TRUE(eventually([this] { return !isRunning() || isHealthy(); }));
     ASSERT_TRUE(isRunning()) << m_application->finish().err;
 }

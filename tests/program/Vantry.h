@@ -27,6 +27,8 @@ public:
 
     /// Starts the application, and waits until it answers on its port.
     void start();
+    /// The same with windows, which are drawn into memory, and so with all that comes with them.
+    void startWithWindows();
     /// Starts it, and does not wait.
     void launch();
     /// Sends the signal and waits: the exit code, -1 when the signal ended it.
@@ -69,6 +71,7 @@ public:
     [[nodiscard]] const QString &busAddress() const { return m_busAddress; }
 
 private:
+    void waitUntilItAnswers();
     void startBus();
 
     QTemporaryDir m_scratch;

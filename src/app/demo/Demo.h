@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "app/NoNotifications.h"
 #include "app/demo/DemoDesktop.h"
 #include "app/demo/DemoDirector.h"
 #include "base/Paths.h"

@@ -3,7 +3,6 @@
 #include "base/MainQueue.h"
 #include "platform/Applications.h"
 #include "platform/ControlEndpoint.h"
-#include "platform/NotificationCentre.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
@@ -71,18 +70,6 @@ class NoScripts final : public ScriptHost
 public:
     void run(const AppleScript &, Done done) override { done({}); }
     void runTool(const QString &, const QStringList &, Done done) override { done({}); }
-};
-
-/// The agents are invented: nobody is called away from their work for them.
-class NoNotifications final : public NotificationCentre
-{
-public:
-    void setDelegate(Delegate *) override {}
-    void setCategories(const QList<Category> &) override {}
-    void requestAuthorization(Authorized) override {}
-    void add(const Request &, Failed) override {}
-    void remove(const QString &) override {}
-    [[nodiscard]] Server server() const override { return {}; }
 };
 
 /// The terminal in which the agents seem to run. Its identifiers are those of the sessions.
