@@ -1,7 +1,7 @@
 #include "app/Launch.h"
-#include "app/NoNotifications.h"
 
 #include "app/AppDelegate.h"
+#include "app/NoNotifications.h"
 #include "app/Platform.h"
 #include "app/SignalHandler.h"
 #include "app/SingleInstance.h"
