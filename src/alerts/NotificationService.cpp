@@ -2,15 +2,10 @@
 
 #include "base/Dates.h"
 #include "base/Defaults.h"
-#include "base/Text.h"
 #include "sessions/PendingPermissionStore.h"
 
 #include <QLocale>
 #include <QPointer>
-
-#include <climits>
-#include <poll.h>
-#include <unistd.h>
 
 namespace vantry {
 
@@ -319,15 +314,6 @@ void NotificationService::didReceive(const NotificationCentre::Response &respons
 void NotificationService::didClose(const QString &identifier)
 {
     forget(identifier);
-}
-
-void NotificationService::printToStandardOutput(const QString &line)
-{
-    // Whoever should read it may not: a pipe that takes something takes that much without waiting.
-    const std::string text = escapeControlCharacters(line.toStdString()).substr(0, PIPE_BUF - 1) + '\n';
-    pollfd output { STDOUT_FILENO, POLLOUT, 0 };
-    if (::poll(&output, 1, 0) == 1 && (output.revents & POLLOUT) != 0)
-        (void)!::write(STDOUT_FILENO, text.data(), text.size());
 }
 
 } // namespace vantry

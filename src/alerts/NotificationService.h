@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/StandardOutput.h"
 #include "hooks/HookEvent.h"
 #include "platform/NotificationCentre.h"
 #include "sessions/VantrySession.h"
@@ -43,7 +44,7 @@ public:
         const Clock &clock;
     };
 
-    explicit NotificationService(const Services &services, Print print = printToStandardOutput);
+    explicit NotificationService(const Services &services, Print print = printLine);
     ~NotificationService() override;
 
     /// Registers with the desktop. From now on clicks are routed; a callback that is unset drops them.
@@ -79,8 +80,6 @@ private:
         QMetaObject::Connection changes {};
         std::vector<Posted> posted {};
     };
-
-    static void printToStandardOutput(const QString &line);
 
     [[nodiscard]] bool isWanted(const VantrySession &session, const HookEvent &event) const;
     [[nodiscard]] bool isCoolingDown(const QString &sessionID, Date now) const;
