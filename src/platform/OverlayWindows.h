@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRect>
+#include <QRegion>
 
 #include <cstdint>
 #include <optional>
@@ -27,14 +28,17 @@ public:
     [[nodiscard]] virtual bool seesPointer() const = 0;
     /// What bars leave of the screen.
     [[nodiscard]] virtual QRect availableArea(const QScreen &screen) const = 0;
-    /// The window that has the focus, of whatever program.
+    /// The window that has the focus, of whatever program; of those that a window manager knows, where there is one.
     [[nodiscard]] virtual std::optional<WindowID> activeWindow() const = 0;
 
     /// Keeps the window out of task switchers, and on all virtual desktops. Before it is shown.
     virtual void setUpOverlay(QWindow &window) = 0;
-    /// Makes the rest of the window let clicks through. After it has got its size.
-    virtual void setInputArea(QWindow &window, const QRect &area) = 0;
-    /// Gives the focus to a window of this program's that is shown, or about to be.
+    /// Makes the rest of the window let clicks through; an empty area makes all of it do so. Where windows can't be
+    /// translucent, the rest isn't drawn either. The area is the window's own, and may reach beyond it; it holds until
+    /// the next one, also when a compositor comes or goes.
+    virtual void setInputArea(QWindow &window, const QRegion &area) = 0;
+    /// Gives the focus to a window of this program's that is shown, or about to be; also to one that the window manager
+    /// knows nothing of.
     virtual void takeFocus(QWindow &window) = 0;
     /// Gives the focus to any window; nothing happens when it has gone.
     virtual void giveFocus(WindowID window) = 0;

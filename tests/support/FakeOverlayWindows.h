@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QRect>
+#include <QRegion>
 #include <QScreen>
 #include <QWindow>
 
@@ -19,7 +20,7 @@ public:
     [[nodiscard]] QRect availableArea(const QScreen &screen) const override { return screen.availableGeometry(); }
     [[nodiscard]] std::optional<WindowID> activeWindow() const override { return active; }
     void setUpOverlay(QWindow &) override { ++overlays; }
-    void setInputArea(QWindow &, const QRect &area) override { inputArea = area; }
+    void setInputArea(QWindow &, const QRegion &area) override { inputArea = area; }
     void takeFocus(QWindow &window) override { window.requestActivate(); }
     void giveFocus(WindowID window) override { focused.append(window); }
 
@@ -27,7 +28,7 @@ public:
     bool compositor { false };
     std::optional<WindowID> active;
     int overlays { 0 };
-    QRect inputArea;
+    QRegion inputArea;
     QList<WindowID> focused; ///< The windows that the focus was given to.
 };
 

@@ -4,14 +4,18 @@
 #include "platform/linux/WindowStrut.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
 
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vantry {
@@ -69,6 +73,40 @@ std::vector<std::uint32_t> values(xcb_connection_t *server, xcb_get_property_coo
     return { first, first + reply->value_len };
 }
 
+/// The rectangles in the server's pixels; those that lie side by side still do.
+std::vector<xcb_rectangle_t> inPixels(const QRegion &area, double scale)
+{
+    static constexpr double most = std::numeric_limits<std::int16_t>::max();
+    const auto pixels = [scale](int length) {
+        return static_cast<int>(std::clamp(std::round(length * scale), -most, most));
+    };
+    std::vector<xcb_rectangle_t> rectangles;
+    rectangles.reserve(static_cast<std::size_t>(area.rectCount()));
+    for (const QRect &rectangle : area) {
+        const int left = pixels(rectangle.x());
+        const int top = pixels(rectangle.y());
+        const int width = pixels(rectangle.x() + rectangle.width()) - left;
+        const int height = pixels(rectangle.y() + rectangle.height()) - top;
+        rectangles.push_back(xcb_rectangle_t { static_cast<std::int16_t>(left), static_cast<std::int16_t>(top),
+                                               static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height) });
+    }
+    return rectangles;
+}
+
+/// The number of the extension's first event; 0 without the extension.
+std::uint8_t firstEventOf(xcb_connection_t *server, std::string_view extension)
+{
+    const auto cookie = xcb_query_extension(server, static_cast<std::uint16_t>(extension.size()), extension.data());
+    const X11Reply<xcb_query_extension_reply_t> reply(xcb_query_extension_reply(server, cookie, nullptr));
+    return reply && reply->present ? reply->first_event : std::uint8_t { 0 };
+}
+
+std::uint8_t kindOf(const xcb_generic_event_t &event)
+{
+    constexpr unsigned sentByClient = 0x80;
+    return static_cast<std::uint8_t>(event.response_type & ~sentByClient);
+}
+
 /// Has the server tell of the window's input area as if it had changed.
 void announceInputArea(QWindow &window)
 {
@@ -87,6 +125,7 @@ LinuxOverlayWindows::LinuxOverlayWindows()
         return;
     m_root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
     m_activeWindow = toolkitX11::atom("_NET_ACTIVE_WINDOW");
+    m_managerCheck = toolkitX11::atom("_NET_SUPPORTING_WM_CHECK");
     m_compositor = toolkitX11::atom("_NET_WM_CM_S0");
     m_desktop = toolkitX11::atom("_NET_WM_DESKTOP");
     m_state = toolkitX11::atom("_NET_WM_STATE");
@@ -94,6 +133,17 @@ LinuxOverlayWindows::LinuxOverlayWindows()
     m_skipPager = toolkitX11::atom("_NET_WM_STATE_SKIP_PAGER");
     m_clientList = toolkitX11::atom("_NET_CLIENT_LIST");
     m_strut = toolkitX11::atom("_NET_WM_STRUT_PARTIAL");
+    m_hadCompositor = hasCompositor();
+    // The toolkit asks to be told of the compositor, for itself.
+    m_selectionEvent = firstEventOf(server, "XFIXES");
+    if (m_selectionEvent != 0)
+        qGuiApp->installNativeEventFilter(this);
+}
+
+LinuxOverlayWindows::~LinuxOverlayWindows()
+{
+    if (m_selectionEvent != 0)
+        qGuiApp->removeNativeEventFilter(this);
 }
 
 bool LinuxOverlayWindows::canPlace() const
@@ -151,12 +201,24 @@ std::optional<OverlayWindows::WindowID> LinuxOverlayWindows::activeWindow() cons
     xcb_connection_t *server = toolkitX11::connection();
     if (!server)
         return std::nullopt;
-    const auto cookie = xcb_get_property(server, 0, m_root, m_activeWindow, XCB_ATOM_WINDOW, 0, 1);
-    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(server, cookie, nullptr));
-    if (!reply || reply->format != 32 || reply->value_len != 1)
-        return std::nullopt;
-    const auto window = *static_cast<const xcb_window_t *>(xcb_get_property_value(reply.get()));
+    xcb_window_t window = XCB_NONE;
+    if (hasWindowManager()) {
+        const std::vector<std::uint32_t> active = values(server, askForValues(server, m_root, m_activeWindow));
+        window = active.size() == 1 ? active.front() : XCB_NONE;
+    } else {
+        const X11Reply<xcb_get_input_focus_reply_t> reply(
+            xcb_get_input_focus_reply(server, xcb_get_input_focus(server), nullptr));
+        window = reply && reply->focus != XCB_INPUT_FOCUS_POINTER_ROOT ? reply->focus : XCB_NONE;
+    }
     return window == XCB_NONE ? std::nullopt : std::optional<WindowID>(window);
+}
+
+bool LinuxOverlayWindows::hasWindowManager() const
+{
+    // What one left behind when it crashed stays on the root window, but its own window is gone.
+    xcb_connection_t *server = toolkitX11::connection();
+    const std::vector<std::uint32_t> check = values(server, askForValues(server, m_root, m_managerCheck));
+    return check.size() == 1 && values(server, askForValues(server, check.front(), m_managerCheck)) == check;
 }
 
 void LinuxOverlayWindows::setUpOverlay(QWindow &window)
@@ -171,31 +233,64 @@ void LinuxOverlayWindows::setUpOverlay(QWindow &window)
     setAtoms(server, id, m_desktop, XCB_ATOM_CARDINAL, { allDesktops });
 }
 
-void LinuxOverlayWindows::setInputArea(QWindow &window, const QRect &area)
+void LinuxOverlayWindows::setInputArea(QWindow &window, const QRegion &area)
 {
-    xcb_connection_t *server = toolkitX11::connection();
-    if (!server)
+    if (!canPlace())
         return;
-    const double scale = window.devicePixelRatio();
-    const auto pixels = [scale](int length) { return qRound(length * scale); };
-    const xcb_rectangle_t rectangle { static_cast<std::int16_t>(pixels(area.x())),
-                                      static_cast<std::int16_t>(pixels(area.y())),
-                                      static_cast<std::uint16_t>(pixels(area.width())),
-                                      static_cast<std::uint16_t>(pixels(area.height())) };
-    xcb_shape_rectangles(server, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
-                         static_cast<xcb_window_t>(window.winId()), 0, 0, 1, &rectangle);
-    xcb_flush(server);
+    const auto [entry, isNew] = m_inputAreas.insert_or_assign(&window, area);
+    if (isNew)
+        QObject::connect(&window, &QObject::destroyed, &m_context, [this, &window] { m_inputAreas.erase(&window); });
+    applyInputArea(window, area);
     // Some window managers put a frame around the window, and take over for it only areas that they see change.
     if (!window.isExposed())
         new WhenExposed(window, [&window] { announceInputArea(window); });
 }
 
+void LinuxOverlayWindows::applyInputArea(QWindow &window, const QRegion &area) const
+{
+    xcb_connection_t *server = toolkitX11::connection();
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    const std::vector<xcb_rectangle_t> rectangles = inPixels(area, window.devicePixelRatio());
+    const auto setShape = [&](xcb_shape_kind_t kind) {
+        xcb_shape_rectangles(server, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
+                             static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
+    };
+    setShape(XCB_SHAPE_SK_INPUT);
+    // Without a compositor, what is transparent would be black.
+    if (hasCompositor())
+        xcb_shape_mask(server, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_NONE);
+    else
+        setShape(XCB_SHAPE_SK_BOUNDING);
+    xcb_flush(server);
+}
+
+bool LinuxOverlayWindows::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
+{
+    if (eventType == "xcb_generic_event_t" &&
+        kindOf(*static_cast<const xcb_generic_event_t *>(message)) == m_selectionEvent)
+        // Not within the toolkit's reading of events.
+        QMetaObject::invokeMethod(
+            &m_context, [this] { selectionOwnerChanged(); }, Qt::QueuedConnection);
+    return false;
+}
+
+void LinuxOverlayWindows::selectionOwnerChanged()
+{
+    if (std::exchange(m_hadCompositor, hasCompositor()) == m_hadCompositor)
+        return;
+    for (const auto &[window, area] : m_inputAreas) {
+        if (window->handle())
+            applyInputArea(*window, area);
+    }
+}
+
 void LinuxOverlayWindows::takeFocus(QWindow &window)
 {
     const auto take = [this, &window] {
-        // Enough where no window manager knows the other way.
+        // Enough where no window manager knows the other way, or where it doesn't know the window.
         window.requestActivate();
-        giveFocus(window.winId());
+        if (!(window.flags() & Qt::X11BypassWindowManagerHint))
+            giveFocus(window.winId());
     };
     if (window.isExposed())
         take();
@@ -210,15 +305,21 @@ void LinuxOverlayWindows::giveFocus(WindowID window)
     xcb_connection_t *server = toolkitX11::connection();
     if (!server)
         return;
+    const auto id = static_cast<xcb_window_t>(window);
     xcb_client_message_event_t event {};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
-    event.window = static_cast<xcb_window_t>(window);
+    event.window = id;
     event.type = m_activeWindow;
     event.data.data32[0] = fromPager;
     event.data.data32[1] = XCB_CURRENT_TIME;
     xcb_send_event(server, 0, m_root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&event));
+    if (!hasWindowManager()) {
+        // Answered here: the toolkit would tell of the error for a window that has gone.
+        const X11Reply<xcb_generic_error_t> error(xcb_request_check(
+            server, xcb_set_input_focus_checked(server, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME)));
+    }
     xcb_flush(server);
 }
 
