@@ -1,0 +1,65 @@
+import QtQuick
+
+/// A part of the screen's edge: the shape, what stands beside the notch, and what opens below it.
+Item {
+    id: root
+
+    required property NotchSurface surface
+
+    SurfaceShadow {
+        surface: root.surface
+        // What is above the window isn't seen.
+        caster: Qt.rect(root.surface.shapeRect.x + root.surface.topCornerRadius, -2 * reach,
+                        root.surface.shapeRect.width - 2 * root.surface.topCornerRadius,
+                        root.surface.shapeRect.height + 2 * reach)
+    }
+    NotchShapeItem {
+        visible: opacity > 0
+        x: root.surface.formerRect.x
+        y: root.surface.formerRect.y
+        width: root.surface.formerRect.width
+        height: root.surface.formerRect.height
+        topCornerRadius: root.surface.formerTopCornerRadius
+        bottomCornerRadius: root.surface.formerBottomCornerRadius
+        opacity: root.surface.formerOpacity
+    }
+    NotchShapeItem {
+        x: root.surface.shapeRect.x
+        y: root.surface.shapeRect.y
+        width: root.surface.shapeRect.width
+        height: root.surface.shapeRect.height
+        topCornerRadius: root.surface.topCornerRadius
+        bottomCornerRadius: root.surface.bottomCornerRadius
+        opacity: root.surface.shapeOpacity
+    }
+    Item {
+        id: contents
+
+        x: root.surface.clipRect.x
+        y: root.surface.clipRect.y
+        width: root.surface.clipRect.width
+        height: root.surface.clipRect.height
+        clip: true
+
+        ExpandedContent {
+            surface: root.surface
+            origin: Qt.point(contents.x, contents.y)
+        }
+        CompactContent {
+            area: root.surface.leadingRect
+            origin: Qt.point(contents.x, contents.y)
+            look: root.surface
+            view: root.surface.leadingSource
+            properties: root.surface.leadingProperties
+            onContentWidthChanged: root.surface.leadingContentWidth = contentWidth
+        }
+        CompactContent {
+            area: root.surface.trailingRect
+            origin: Qt.point(contents.x, contents.y)
+            look: root.surface
+            view: root.surface.trailingSource
+            properties: root.surface.trailingProperties
+            onContentWidthChanged: root.surface.trailingContentWidth = contentWidth
+        }
+    }
+}
