@@ -42,10 +42,16 @@ protected:
     /// `QVariant value(int role) const`.
     template <typename Row>
     void replaceRows(QList<Row> &rows, const QList<Row> &target);
+    /// The same, place by place, whatever the keys: for rows that have nothing to do with those of before, and don't
+    /// move visibly. A view keeps what it has made for a place, which is far cheaper than to make it anew.
+    template <typename Row>
+    void overwriteRows(QList<Row> &rows, const QList<Row> &target);
 
 private:
     template <typename Row>
     static QStringList keysOf(const QList<Row> &rows);
+    template <typename Row>
+    void setRow(QList<Row> &rows, qsizetype index, const Row &row);
     template <typename Row>
     void takeStep(const ListStep &step, QList<Row> &rows, const QList<Row> &target);
 
@@ -93,18 +99,44 @@ void RowListModel::replaceRows(QList<Row> &rows, const QList<Row> &target)
     const qsizetype countBefore = rows.size();
     for (const ListStep &step : listSteps(keysOf(rows), keysOf(target)))
         takeStep(step, rows, target);
-    for (qsizetype i = 0; i < target.size(); ++i) {
-        const Row before = std::exchange(rows[i], target.at(i));
-        QList<int> roles;
-        for (auto role = m_roleNames.keyBegin(); role != m_roleNames.keyEnd(); ++role) {
-            if (before.value(*role) != rows.at(i).value(*role))
-                roles.append(*role);
-        }
-        if (!roles.isEmpty())
-            Q_EMIT dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)), roles);
+    for (qsizetype i = 0; i < target.size(); ++i)
+        setRow(rows, i, target.at(i));
+    if (rows.size() != countBefore)
+        Q_EMIT countChanged();
+}
+
+template <typename Row>
+void RowListModel::overwriteRows(QList<Row> &rows, const QList<Row> &target)
+{
+    const qsizetype countBefore = rows.size();
+    if (target.size() < countBefore) {
+        beginRemoveRows({}, static_cast<int>(target.size()), static_cast<int>(countBefore - 1));
+        rows.resize(target.size());
+        endRemoveRows();
+    }
+    for (qsizetype i = 0; i < rows.size(); ++i)
+        setRow(rows, i, target.at(i));
+    if (target.size() > countBefore) {
+        beginInsertRows({}, static_cast<int>(countBefore), static_cast<int>(target.size() - 1));
+        rows = target;
+        endInsertRows();
     }
     if (rows.size() != countBefore)
         Q_EMIT countChanged();
+}
+
+template <typename Row>
+void RowListModel::setRow(QList<Row> &rows, qsizetype index, const Row &row)
+{
+    const Row before = std::exchange(rows[index], row);
+    QList<int> roles;
+    for (auto role = m_roleNames.keyBegin(); role != m_roleNames.keyEnd(); ++role) {
+        if (before.value(*role) != row.value(*role))
+            roles.append(*role);
+    }
+    const QModelIndex changed = this->index(static_cast<int>(index));
+    if (!roles.isEmpty())
+        Q_EMIT dataChanged(changed, changed, roles);
 }
 
 } // namespace vantry

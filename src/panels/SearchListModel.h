@@ -57,8 +57,8 @@ protected:
     /// Shows what belongs to the text, as of now.
     virtual void showRows() = 0;
 
-    /// As replaceRows; what was chosen stays chosen, wherever it stands now. Rows have `Date time`, too, of which they
-    /// show how long ago it was.
+    /// As replaceRows; results of a search take the places of those of before. What was chosen stays chosen, wherever
+    /// it stands now. Rows have `Date time`, too, of which they show how long ago it was.
     template <typename Row>
     void replaceSearchRows(QList<Row> &rows, const QList<Row> &target);
 
@@ -68,6 +68,7 @@ private:
     const PanelServices m_services;
     const int m_rowsAbove;
     QString m_searchText;
+    QString m_rowsText; ///< The search's text when rows were shown last.
     int m_selectionIndex { -1 };
     bool m_isVisible { false };
     ScheduledTimer m_timeTimer; ///< Until a time is to be shown anew.
@@ -78,7 +79,11 @@ void SearchListModel::replaceSearchRows(QList<Row> &rows, const QList<Row> &targ
 {
     const int chosen = m_selectionIndex - m_rowsAbove;
     const QString chosenID = chosen >= 0 ? rows.at(chosen).id : QString();
-    replaceRows(rows, target);
+    if (m_searchText.isEmpty() && m_rowsText.isEmpty())
+        replaceRows(rows, target);
+    else
+        overwriteRows(rows, target);
+    m_rowsText = m_searchText;
     if (chosen >= 0)
         setSelectionIndex(static_cast<int>(std::ranges::find(rows, chosenID, &Row::id) - rows.begin()) + m_rowsAbove);
 

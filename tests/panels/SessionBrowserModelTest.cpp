@@ -196,17 +196,38 @@ TEST_F(SessionBrowserModelTest, textThatFindsNothingSaysSo)
     EXPECT_FALSE(browser.hasNoMatch());
 }
 
-TEST_F(SessionBrowserModelTest, resultsChangeRowByRow)
+TEST_F(SessionBrowserModelTest, resultsTakeThePlacesOfThoseOfBefore)
 {
     remember(u"a"_s, u"checkout address"_s);
     remember(u"b"_s, u"checkout"_s);
     remember(u"c"_s, u"address"_s);
+    remember(u"d"_s, u"address"_s);
     search(u"checkout"_s);
     ListMirror mirror(browser, Model::SessionIDRole);
     search(u"address"_s);
     mirror.expectEqual();
     EXPECT_EQ(mirror.inserted, 1);
+    EXPECT_EQ(mirror.removed, 0) << "what a view has made for a row is used again";
+    mirror.forget();
+    search(u"checkout"_s);
+    mirror.expectEqual();
+    EXPECT_EQ(mirror.inserted, 0);
     EXPECT_EQ(mirror.removed, 1);
+    browser.clear();
+    mirror.expectEqual();
+}
+
+TEST_F(SessionBrowserModelTest, recentSessionsChangeRowByRow)
+{
+    remember(u"a"_s, u"x"_s);
+    loadRecent();
+    ListMirror mirror(browser, Model::SessionIDRole);
+    clock.advance(Seconds { 1 });
+    remember(u"b"_s, u"x"_s);
+    loadRecent();
+    mirror.expectEqual();
+    EXPECT_EQ(mirror.inserted, 1);
+    EXPECT_EQ(mirror.changedKeys, QStringList {}) << "the other row keeps its view";
 }
 
 TEST_F(SessionBrowserModelTest, upWithNothingChosenChoosesTheLastRow)
