@@ -1,0 +1,102 @@
+import QtQuick
+import QtQuick.Templates as T
+import Vantry.Notch
+import Vantry.Style
+
+/// A session that needs the user, and what can be done about it with one press. The whole card is a button.
+T.AbstractButton {
+    id: root
+
+    required property NotchPeekCardModel card
+    property real radius: Tokens.radiusPeek
+
+    implicitWidth: 300
+    implicitHeight: 52
+    hoverEnabled: true
+    focusPolicy: Qt.NoFocus
+    LayoutMirroring.enabled: false
+    LayoutMirroring.childrenInherit: true
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: card.accessibleText
+    Accessible.onPressAction: clicked()
+    onClicked: card.tap()
+
+    background: ControlSurface {
+        radius: root.radius
+        hovered: root.hovered && !allow.hovered
+        pressed: root.down
+        restColor: "#000000"
+        border.width: Tokens.borderWidth
+        border.color: Qt.rgba(1, 1, 1, Tokens.highContrast ? 0.6 : 0.12)
+    }
+
+    Symbol {
+        id: symbol
+
+        anchors.left: parent.left
+        anchors.leftMargin: Tokens.sp12 + Tokens.sp2
+        anchors.verticalCenter: parent.verticalCenter
+        name: root.card.symbol
+        size: 20
+        color: Theme.accent
+    }
+    Column {
+        anchors.left: symbol.right
+        anchors.leftMargin: Tokens.sp8 + Tokens.sp2
+        anchors.right: allow.visible ? allow.left : parent.right
+        anchors.rightMargin: Tokens.sp12
+        anchors.verticalCenter: parent.verticalCenter
+
+        Label {
+            width: parent.width
+            text: root.card.name
+            textStyle: Tokens.row
+            color: "#FFFFFF"
+            Accessible.ignored: true
+        }
+        Label {
+            width: parent.width
+            text: root.card.status
+            textStyle: Tokens.meta
+            color: Theme.text2
+            Accessible.ignored: true
+        }
+    }
+    T.AbstractButton {
+        id: allow
+
+        objectName: "allow"
+        anchors.right: parent.right
+        anchors.rightMargin: Tokens.sp12
+        anchors.verticalCenter: parent.verticalCenter
+        implicitWidth: Math.ceil(label.implicitWidth + 2 * Tokens.sp12)
+        implicitHeight: Tokens.buttonSmall
+        visible: root.card.canAllow
+        hoverEnabled: true
+        focusPolicy: Qt.NoFocus
+        text: qsTr("Allow")
+        Accessible.role: Accessible.Button
+        Accessible.name: text
+        Accessible.onPressAction: clicked()
+        onClicked: root.card.allow()
+
+        background: ControlSurface {
+            radius: height / 2
+            hovered: allow.hovered
+            pressed: allow.down
+            restColor: Theme.accentFill
+            hoverColor: Theme.accentFillHover
+            pressedColor: Theme.accentFillPressed
+        }
+        contentItem: Label {
+            id: label
+
+            text: allow.text
+            textStyle: Tokens.capsule
+            color: Theme.onAccentFill
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+            Accessible.ignored: true
+        }
+    }
+}
