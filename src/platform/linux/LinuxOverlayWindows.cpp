@@ -101,12 +101,6 @@ std::uint8_t firstEventOf(xcb_connection_t *server, std::string_view extension)
     return reply && reply->present ? reply->first_event : std::uint8_t { 0 };
 }
 
-std::uint8_t kindOf(const xcb_generic_event_t &event)
-{
-    constexpr unsigned sentByClient = 0x80;
-    return static_cast<std::uint8_t>(event.response_type & ~sentByClient);
-}
-
 /// Has the server tell of the window's input area as if it had changed.
 void announceInputArea(QWindow &window)
 {
@@ -187,11 +181,9 @@ QRect LinuxOverlayWindows::availableArea(const QScreen &screen) const
     if (!root)
         return screen.availableGeometry();
 
-    // The toolkit scales what is on a screen, not where that begins.
     const double scale = screen.devicePixelRatio();
     const QPoint origin = screen.geometry().topLeft();
-    const QRect pixels(origin, (QSizeF(screen.size()) * scale).toSize());
-    const QRect rest = areaWithoutStruts(pixels, struts, QSize(root->width, root->height));
+    const QRect rest = areaWithoutStruts(toolkitX11::pixelsOf(screen), struts, QSize(root->width, root->height));
     const QRect available(origin + (rest.topLeft() - origin) / scale, (QSizeF(rest.size()) / scale).toSize());
     return available.intersected(screen.availableGeometry());
 }
@@ -267,7 +259,7 @@ void LinuxOverlayWindows::applyInputArea(QWindow &window, const QRegion &area) c
 bool LinuxOverlayWindows::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
 {
     if (eventType == "xcb_generic_event_t" &&
-        kindOf(*static_cast<const xcb_generic_event_t *>(message)) == m_selectionEvent)
+        toolkitX11::kindOf(*static_cast<const xcb_generic_event_t *>(message)) == m_selectionEvent)
         // Not within the toolkit's reading of events.
         QMetaObject::invokeMethod(
             &m_context, [this] { selectionOwnerChanged(); }, Qt::QueuedConnection);

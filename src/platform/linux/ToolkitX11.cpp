@@ -1,6 +1,7 @@
 #include "platform/linux/ToolkitX11.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 #include <QtGui/qguiapplication_platform.h>
 
 namespace vantry::toolkitX11 {
@@ -29,6 +30,18 @@ xcb_window_t ownerOf(xcb_atom_t selection)
     const X11Reply<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(server, xcb_get_selection_owner(server, selection), nullptr));
     return reply ? reply->owner : xcb_window_t { XCB_NONE };
+}
+
+std::uint8_t kindOf(const xcb_generic_event_t &event)
+{
+    constexpr unsigned sentByClient = 0x80;
+    return static_cast<std::uint8_t>(event.response_type & ~sentByClient);
+}
+
+QRect pixelsOf(const QScreen &screen)
+{
+    // The toolkit scales what is on a screen, not where that begins.
+    return { screen.geometry().topLeft(), (QSizeF(screen.size()) * screen.devicePixelRatio()).toSize() };
 }
 
 } // namespace vantry::toolkitX11
