@@ -236,13 +236,14 @@ void NotchController::openPeek(const SessionPtr &session)
     closePeek();
     m_card = std::make_shared<NotchPeekCardModel>(session, m_viewModel->callbacks().heldRequestID);
     const auto answerLater = [self = QPointer(this), card = std::weak_ptr(m_card)](PeekAnswer answer) {
-        if (!self)
+        const auto clicked = card.lock();
+        if (!self || !clicked)
             return;
         // The card is still handling the input, and what follows ends it.
-        self->m_surroundings.mainQueue.post([self, card, answer] {
+        self->m_surroundings.mainQueue.post([self, card, answer, request = clicked->request()] {
             // A second click on a card comes when it has been answered.
-            if (const auto clicked = card.lock(); self && clicked && clicked == self->m_card)
-                self->answerPeek(answer);
+            if (self && self->m_card && self->m_card == card.lock())
+                self->answerPeek(answer, request);
         });
     };
     m_card->onTap = [answerLater] { answerLater(PeekAnswer::Focus); };
@@ -269,12 +270,13 @@ void NotchController::endPeek()
     carryOut(m_machine.send({ Input::peekTimeout }));
 }
 
-void NotchController::answerPeek(PeekAnswer answer)
+/// The request is the one that the card showed when it was clicked.
+void NotchController::answerPeek(PeekAnswer answer, const QString &request)
 {
     const auto card = m_card;
     const auto viewModel = m_viewModel;
-    // Nothing is answered that can't be seen, nor by a card that showed another request.
-    if (!m_place || (answer == PeekAnswer::Allow && !card->showsCurrentRequest()))
+    // Nothing is answered that can't be seen, nor a request that has come in the stead of the one that was.
+    if (!m_place || (answer == PeekAnswer::Allow && (request.isEmpty() || card->currentRequest() != request)))
         return;
     const QPointer self(this);
     if (answer == PeekAnswer::Allow)

@@ -90,7 +90,7 @@ private:
     void presentPeek();
     void closePeek();
     void endPeek();
-    void answerPeek(PeekAnswer answer);
+    void answerPeek(PeekAnswer answer, const QString &request);
 
     const Surroundings m_surroundings;
     const std::shared_ptr<NotchViewModel> m_viewModel;

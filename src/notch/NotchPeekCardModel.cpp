@@ -34,12 +34,6 @@ QString NotchPeekCardModel::accessibleText() const
     return name() + u", "_s + status();
 }
 
-bool NotchPeekCardModel::showsCurrentRequest() const
-{
-    const Facts current = currentFacts();
-    return current.canAllow && current.request == m_facts.request;
-}
-
 void NotchPeekCardModel::refresh()
 {
     Facts facts = currentFacts();

@@ -35,8 +35,10 @@ public:
     [[nodiscard]] const QString &status() const { return m_facts.status; }
     [[nodiscard]] QString accessibleText() const;
     [[nodiscard]] bool canAllow() const { return m_facts.canAllow; }
-    /// Whether Allow would answer the very request that the card shows, and no other.
-    [[nodiscard]] bool showsCurrentRequest() const;
+    /// Tells the request that the card shows from others; empty when it offers none.
+    [[nodiscard]] const QString &request() const { return m_facts.request; }
+    /// The same of the one that Allow would answer now.
+    [[nodiscard]] QString currentRequest() const { return currentFacts().request; }
 
     /// Reads the session and its held requests again.
     void refresh();
@@ -58,7 +60,7 @@ private:
         QString name {};
         QString status {};
         bool canAllow { false };
-        QString request {}; ///< Tells the request that is shown from others.
+        QString request {};
 
         friend bool operator==(const Facts &, const Facts &) = default;
     };
