@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
+#include <QtMath>
 
 #include <algorithm>
 
@@ -78,7 +79,6 @@ void DynamicNotchPanel::orderFrontRegardless()
         surfaceChanged();
     }
     show();
-    raise();
 }
 
 void DynamicNotchPanel::makeKeyWindow()
@@ -118,9 +118,9 @@ void DynamicNotchPanel::surfaceChanged()
         m_inputArea = area;
         m_overlays.setInputArea(*this, area);
     }
-    const bool isInside = m_pointer && m_surface.contains(*m_pointer);
+    const bool isInside = m_pointer && m_inputArea.contains(QPoint(qFloor(m_pointer->x()), qFloor(m_pointer->y())));
     // Who drags something out of the shape is still busy with it.
-    if (isInside == m_isPointerInside || m_hasPressedButton)
+    if (isInside == m_isPointerInside || (!isInside && m_hasPressedButton))
         return;
     m_isPointerInside = isInside;
     Q_EMIT pointerMoved(isInside);

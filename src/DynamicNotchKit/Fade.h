@@ -11,6 +11,7 @@ namespace vantry {
 class Fade
 {
 public:
+    Fade() = default;
     explicit Fade(double value)
         : m_value(value)
         , m_from(value)
@@ -27,9 +28,9 @@ public:
     void advance(MonotonicTime now);
 
 private:
-    double m_value;
-    double m_from;
-    double m_target;
+    double m_value { 0 };
+    double m_from { 0 };
+    double m_target { 0 };
     MonotonicTime m_startedAt {};
     std::chrono::milliseconds m_duration { 0 };
 };

@@ -26,10 +26,4 @@ QRegion FloatingShape::region(const QRectF &rect) const
     return regionOfRows(rect, radius, radius, [&](double y) { return insetAt(y, rect.height(), radius); });
 }
 
-bool FloatingShape::contains(const QRectF &rect, const QPointF &point) const
-{
-    const double radius = fittingRadius(cornerRadius, rect.size());
-    return isInRows(rect, point, [&](double y) { return insetAt(y, rect.height(), radius); });
-}
-
 } // namespace vantry

@@ -13,7 +13,6 @@ struct FloatingShape
 
     /// The pixels of the outline: those whose centre is inside of it, row by row.
     [[nodiscard]] QRegion region(const QRectF &rect) const;
-    [[nodiscard]] bool contains(const QRectF &rect, const QPointF &point) const;
 };
 
 } // namespace vantry

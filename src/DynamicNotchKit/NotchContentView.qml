@@ -1,4 +1,5 @@
 import QtQuick
+import Vantry.DynamicNotchKit
 
 /// The surface in its window, in the style that the screen asks for.
 Item {

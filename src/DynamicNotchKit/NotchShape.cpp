@@ -67,10 +67,4 @@ QRegion NotchShape::region(const QRectF &rect) const
                         [&](double y) { return insetAt(y, rect.height(), shape); });
 }
 
-bool NotchShape::contains(const QRectF &rect, const QPointF &point) const
-{
-    const NotchShape shape = fitting(rect.size());
-    return isInRows(rect, point, [&](double y) { return insetAt(y, rect.height(), shape); });
-}
-
 } // namespace vantry

@@ -16,7 +16,6 @@ struct NotchShape
     [[nodiscard]] QPainterPath path(const QRectF &rect) const;
     /// The pixels of the outline: those whose centre is inside of it, row by row.
     [[nodiscard]] QRegion region(const QRectF &rect) const;
-    [[nodiscard]] bool contains(const QRectF &rect, const QPointF &point) const;
     /// The shape with radii that fit.
     [[nodiscard]] NotchShape fitting(const QSizeF &size) const;
 

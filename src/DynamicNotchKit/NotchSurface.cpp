@@ -10,6 +10,8 @@ namespace vantry {
 namespace {
 
 constexpr std::chrono::milliseconds windowFade { 150 };
+/// The longest where no motion is wanted.
+constexpr std::chrono::milliseconds shortFade { 100 };
 /// Of the compact sides, and of where the shape is because of them.
 constexpr SpringAnimation compactWidthAnimation { 0.5, 1.0 };
 
@@ -31,6 +33,7 @@ void NotchSurface::begin(const Stage &stage)
     m_alpha.jumpTo(0);
     m_shadow.jumpTo(0);
     m_strongShadow.jumpTo(0);
+    Q_EMIT stateChanged();
     Q_EMIT changed();
 }
 
@@ -46,7 +49,7 @@ void NotchSurface::setState(DynamicNotchState state, const SpringAnimation &anim
     m_layout.state = state;
     // The content may still have to be made, and measured.
     m_isChangingState = true;
-    Q_EMIT changed();
+    Q_EMIT stateChanged();
     m_isChangingState = false;
     goTo(notchForm(m_layout), animation);
     updateShadow();
@@ -79,13 +82,13 @@ bool NotchSurface::isDisabled(DynamicNotchSection section) const
 
 void NotchSurface::fadeIn()
 {
-    m_alpha.moveTo(1, windowFade, m_clock.monotonicNow());
+    m_alpha.moveTo(1, isStill() ? shortFade : windowFade, m_clock.monotonicNow());
     Q_EMIT changed();
 }
 
 void NotchSurface::fadeOut()
 {
-    m_alpha.moveTo(0, windowFade, m_clock.monotonicNow());
+    m_alpha.moveTo(0, isStill() ? shortFade : windowFade, m_clock.monotonicNow());
     Q_EMIT changed();
 }
 
@@ -104,13 +107,6 @@ QRegion NotchSurface::region() const
     if (isFloating())
         return FloatingShape { bottomCornerRadius() }.region(shapeRect());
     return NotchShape { topCornerRadius(), bottomCornerRadius() }.region(shapeRect());
-}
-
-bool NotchSurface::contains(const QPointF &point) const
-{
-    if (isFloating())
-        return FloatingShape { bottomCornerRadius() }.contains(shapeRect(), point);
-    return NotchShape { topCornerRadius(), bottomCornerRadius() }.contains(shapeRect(), point);
 }
 
 QRectF NotchSurface::formerRect() const
@@ -212,18 +208,23 @@ void NotchSurface::measured()
 
 void NotchSurface::goTo(const NotchForm &form, const SpringAnimation &animation)
 {
-    if (m_reducedMotion && m_reducedMotion())
+    if (isStill())
         m_motion.fadeTo(form, m_clock.monotonicNow());
     else
         m_motion.springTo(form, animation, m_clock.monotonicNow());
+}
+
+bool NotchSurface::isStill() const
+{
+    return m_reducedMotion && m_reducedMotion();
 }
 
 void NotchSurface::updateShadow()
 {
     const NotchShadowLook look = notchShadow(m_layout.state, m_isHoveredStronger);
     const MonotonicTime now = m_clock.monotonicNow();
-    m_shadow.moveTo(m_isHoveredStronger ? 0 : look.opacity, windowFade, now);
-    m_strongShadow.moveTo(m_isHoveredStronger ? look.opacity : 0, windowFade, now);
+    m_shadow.moveTo(m_isHoveredStronger ? 0 : look.opacity, shortFade, now);
+    m_strongShadow.moveTo(m_isHoveredStronger ? look.opacity : 0, shortFade, now);
 }
 
 QRectF NotchSurface::rectOf(const NotchForm &form) const

@@ -17,9 +17,9 @@ class NotchSurface final : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by DynamicNotch")
-    Q_PROPERTY(bool isFloating READ isFloating NOTIFY changed)
-    Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY changed)
-    Q_PROPERTY(bool isCompact READ isCompact NOTIFY changed)
+    Q_PROPERTY(bool isFloating READ isFloating NOTIFY stateChanged)
+    Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY stateChanged)
+    Q_PROPERTY(bool isCompact READ isCompact NOTIFY stateChanged)
     /// Of the whole window.
     Q_PROPERTY(double alpha READ alpha NOTIFY changed)
     /// The shape, in whole pixels of the display.
@@ -85,7 +85,6 @@ public:
     [[nodiscard]] const NotchForm &form() const { return m_motion.form(); }
     /// What the shape covers of the window.
     [[nodiscard]] QRegion region() const;
-    [[nodiscard]] bool contains(const QPointF &point) const;
     [[nodiscard]] QSizeF neededWindowSize() const { return vantry::neededWindowSize(m_layout); }
 
     [[nodiscard]] bool isFloating() const { return m_layout.style.isFloating(); }
@@ -125,12 +124,15 @@ public:
     [[nodiscard]] QVariantMap trailingProperties() const { return m_contents.compactTrailing.properties; }
 
 Q_SIGNALS:
+    void stateChanged();
     void changed();
     void neededWindowSizeChanged();
 
 private:
     void measured();
     void goTo(const NotchForm &form, const SpringAnimation &animation);
+    /// Whether no motion is wanted.
+    [[nodiscard]] bool isStill() const;
     void updateShadow();
     [[nodiscard]] QRectF rectOf(const NotchForm &form) const;
     [[nodiscard]] double snapped(double length) const;

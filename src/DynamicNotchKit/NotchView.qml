@@ -1,4 +1,5 @@
 import QtQuick
+import Vantry.DynamicNotchKit
 
 /// A part of the screen's edge: the shape, what stands beside the notch, and what opens below it.
 Item {
@@ -46,20 +47,20 @@ Item {
             origin: Qt.point(contents.x, contents.y)
         }
         CompactContent {
+            surface: root.surface
             area: root.surface.leadingRect
             origin: Qt.point(contents.x, contents.y)
-            look: root.surface
-            view: root.surface.leadingSource
+            source: root.surface.leadingSource
             properties: root.surface.leadingProperties
-            onContentWidthChanged: root.surface.leadingContentWidth = contentWidth
+            onContentSizeChanged: root.surface.leadingContentWidth = contentSize.width
         }
         CompactContent {
+            surface: root.surface
             area: root.surface.trailingRect
             origin: Qt.point(contents.x, contents.y)
-            look: root.surface
-            view: root.surface.trailingSource
+            source: root.surface.trailingSource
             properties: root.surface.trailingProperties
-            onContentWidthChanged: root.surface.trailingContentWidth = contentWidth
+            onContentSizeChanged: root.surface.trailingContentWidth = contentSize.width
         }
     }
 }

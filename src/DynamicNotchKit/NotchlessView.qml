@@ -1,4 +1,5 @@
 import QtQuick
+import Vantry.DynamicNotchKit
 
 /// A pill that drops from above the screen's edge, where there is no notch.
 Item {

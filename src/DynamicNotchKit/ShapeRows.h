@@ -9,8 +9,14 @@
 
 namespace vantry {
 
-/// The first pixel whose centre isn't before the coordinate.
+/// The first pixel whose centre is behind the coordinate.
 [[nodiscard]] inline int firstPixel(double coordinate)
+{
+    return static_cast<int>(std::floor(coordinate + 0.5));
+}
+
+/// Behind the last pixel whose centre is before the coordinate.
+[[nodiscard]] inline int endPixel(double coordinate)
 {
     return static_cast<int>(std::ceil(coordinate - 0.5));
 }
@@ -23,31 +29,23 @@ template <typename Inset>
     if (rect.isEmpty())
         return {};
     std::vector<QRect> rows;
-    const int end = firstPixel(rect.bottom());
-    const int straightEnd = firstPixel(rect.bottom() - bottomCorner);
+    const int end = endPixel(rect.bottom());
+    const int straightEnd = endPixel(rect.bottom() - bottomCorner);
     for (int y = firstPixel(rect.top()); y < end;) {
         const double inset = insetAt(y + 0.5 - rect.top());
         const int left = firstPixel(rect.left() + inset);
-        const int right = firstPixel(rect.right() - inset);
+        const int right = endPixel(rect.right() - inset);
         const bool isStraight = y + 0.5 >= rect.top() + topCorner && y < straightEnd;
         const int height = isStraight ? straightEnd - y : 1;
-        if (right > left)
+        if (!rows.empty() && rows.back().left() == left && rows.back().right() + 1 == right)
+            rows.back().setBottom(y + height - 1);
+        else if (right > left)
             rows.emplace_back(left, y, right - left, height);
         y += height;
     }
     QRegion region;
     region.setRects(rows.data(), static_cast<int>(rows.size()));
     return region;
-}
-
-/// Whether a point is inside of such a shape.
-template <typename Inset>
-[[nodiscard]] bool isInRows(const QRectF &rect, const QPointF &point, Inset insetAt)
-{
-    if (rect.isEmpty() || point.y() < rect.top() || point.y() >= rect.bottom())
-        return false;
-    const double inset = insetAt(point.y() - rect.top());
-    return point.x() >= rect.left() + inset && point.x() < rect.right() - inset;
 }
 
 } // namespace vantry

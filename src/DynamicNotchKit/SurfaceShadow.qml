@@ -1,4 +1,5 @@
 import QtQuick
+import Vantry.DynamicNotchKit
 
 /// The two shadows of a surface, of which one fades over the other.
 Item {

@@ -1,4 +1,5 @@
 import QtQuick
+import Vantry.DynamicNotchKit
 
 /// A ground for what floats over other windows. Where windows can't see through to what is behind them it has a plain
 /// colour.
