@@ -13,6 +13,13 @@ public:
     /// Takes why a secret could not be kept.
     using Failed = std::function<void(const QString &error)>;
 
+    /// What keeps secrets from being kept.
+    struct Problem
+    {
+        QString detail;
+        QString advice; ///< What to do about it.
+    };
+
     virtual ~SecretStore() = default;
 
     /// Keeps the secret in the stead of what is kept under this account; an empty one takes that away. The user may be

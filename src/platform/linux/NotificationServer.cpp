@@ -61,17 +61,6 @@ QDBusMessage notificationCall(const char *method)
                                           QString::fromLatin1(notificationInterface), QString::fromLatin1(method));
 }
 
-bool isNobodyThere(const QDBusMessage &error)
-{
-    return error.errorName() == u"org.freedesktop.DBus.Error.ServiceUnknown" || error.errorName() == nameHasNoOwner;
-}
-
-QDBusMessage startableServicesCall()
-{
-    return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
-                                          u"org.freedesktop.DBus"_s, u"ListActivatableNames"_s);
-}
-
 QString notificationText(const QString &text)
 {
     // No more is looked at than can be shown, however long the text is; what is left out again is allowed for.

@@ -12,15 +12,9 @@ namespace vantry {
 inline constexpr auto notificationService = "org.freedesktop.Notifications";
 inline constexpr auto notificationPath = "/org/freedesktop/Notifications";
 inline constexpr auto notificationInterface = "org.freedesktop.Notifications";
-/// The bus's error for a name that nobody owns.
-inline constexpr QLatin1StringView nameHasNoOwner { "org.freedesktop.DBus.Error.NameHasNoOwner" };
 
 /// A call to the server.
 [[nodiscard]] QDBusMessage notificationCall(const char *method);
-/// Whether the answer says that no server runs.
-[[nodiscard]] bool isNobodyThere(const QDBusMessage &error);
-/// The call that asks the bus for the services that it starts when they are needed.
-[[nodiscard]] QDBusMessage startableServicesCall();
 
 /// Who shows notifications on this desktop. Waits for the answers, a second each at most, with a connection of its own;
 /// starts nobody. Any thread.

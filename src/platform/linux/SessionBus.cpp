@@ -1,6 +1,5 @@
 #include "platform/linux/SessionBus.h"
 
-#include <QDBusMessage>
 #include <QFileInfo>
 
 #include <atomic>
@@ -19,6 +18,17 @@ QString sessionBusAddress()
     if (!runtimeFolder.isEmpty() && QFileInfo::exists(socket))
         return u"unix:path="_s + socket;
     return {};
+}
+
+bool isNobodyThere(const QDBusMessage &error)
+{
+    return error.errorName() == u"org.freedesktop.DBus.Error.ServiceUnknown" || error.errorName() == nameHasNoOwner;
+}
+
+QDBusMessage startableServicesCall()
+{
+    return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                          u"org.freedesktop.DBus"_s, u"ListActivatableNames"_s);
 }
 
 static QString uniqueConnectionName()

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QLatin1StringView>
 #include <QString>
 
 namespace vantry {
@@ -23,6 +25,13 @@ inline constexpr auto quitAction = "quit";
 /// Where the user's session bus listens: DBUS_SESSION_BUS_ADDRESS, else the bus in XDG_RUNTIME_DIR, else empty. None is
 /// ever started: a bus that nobody else is on serves nobody.
 [[nodiscard]] QString sessionBusAddress();
+
+/// The bus's error for a name that nobody owns.
+inline constexpr QLatin1StringView nameHasNoOwner { "org.freedesktop.DBus.Error.NameHasNoOwner" };
+/// Whether the answer says that nobody has the name that was called.
+[[nodiscard]] bool isNobodyThere(const QDBusMessage &error);
+/// The call that asks the bus for the services that it starts when they are needed.
+[[nodiscard]] QDBusMessage startableServicesCall();
 
 /// One connection to a bus, closed with this object. Any thread, one at a time.
 class BusConnection
