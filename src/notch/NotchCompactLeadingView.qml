@@ -16,6 +16,7 @@ NotchCompactSide {
         pulse = viewModel.attentionCount > 0;
     }
 
+    isLeading: true
     Accessible.role: Accessible.StaticText
     Accessible.name: viewModel.accessibleText
     Component.onCompleted: updatePulse()
@@ -38,7 +39,8 @@ NotchCompactSide {
         anchors.centerIn: parent
         visible: root.waits
         name: root.viewModel.glyph === NotchViewModel.Permission ? "exclamationmark" : "questionmark"
-        size: 8
+        // The symbol itself is a part of its square.
+        size: 14
         color: Theme.accent
         opacity: root.pulses ? PulseClock.opacity : 1
     }

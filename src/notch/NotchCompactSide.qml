@@ -8,12 +8,15 @@ Item {
 
     required property NotchViewModel viewModel
     readonly property bool isSeen: visible && Window.visibility !== Window.Hidden
-    readonly property real sideWidth: 26
+    property bool isLeading: false
+    readonly property real sideWidth: Math.round(26 * Tokens.textScale)
+    /// What the shape's upper corner takes of the side.
+    readonly property real cornerWidth: 6
     /// What is shown grows with the text, as far as the notch is high.
     readonly property real contentScale: Math.max(0.5, Math.min(Tokens.textScale, height / 14))
     default property alias content: scaled.data
 
-    implicitWidth: Math.round(sideWidth * Tokens.textScale)
+    implicitWidth: sideWidth + cornerWidth
     implicitHeight: Math.round(28 * Tokens.textScale)
     LayoutMirroring.enabled: false
     LayoutMirroring.childrenInherit: true
@@ -22,7 +25,8 @@ Item {
         id: scaled
 
         anchors.centerIn: parent
-        width: root.width / root.contentScale
+        anchors.horizontalCenterOffset: (root.isLeading ? 1 : -1) * root.cornerWidth / 2
+        width: root.sideWidth / root.contentScale
         height: root.height / root.contentScale
         scale: root.contentScale
     }

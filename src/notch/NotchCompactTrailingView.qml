@@ -10,6 +10,7 @@ NotchCompactSide {
     Text {
         objectName: "count"
         anchors.fill: parent
+        anchors.margins: Tokens.sp2
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         visible: text !== ""

@@ -8,12 +8,9 @@ Item {
     id: root
 
     required property NotchViewModel viewModel
-    /// Between the panel and the notch's edges.
-    readonly property real sideMargin: Tokens.sp4
-    readonly property real bottomMargin: Tokens.sp8
 
-    implicitWidth: (panel.implicitWidth + 2 * sideMargin) * Tokens.textScale
-    implicitHeight: (panel.implicitHeight + bottomMargin) * Tokens.textScale
+    implicitWidth: panel.implicitWidth * Tokens.textScale
+    implicitHeight: panel.implicitHeight * Tokens.textScale
 
     Rectangle {
         anchors.fill: parent
@@ -22,9 +19,8 @@ Item {
     MenuBarView {
         id: panel
 
-        x: root.sideMargin * Tokens.textScale
-        width: root.width / Tokens.textScale - 2 * root.sideMargin
-        height: root.height / Tokens.textScale - root.bottomMargin
+        width: root.width / Tokens.textScale
+        height: root.height / Tokens.textScale
         scale: Tokens.textScale
         transformOrigin: Item.TopLeft
         focus: true

@@ -81,7 +81,8 @@ T.AbstractButton {
         onClicked: root.card.allow()
 
         background: ControlSurface {
-            radius: height / 2
+            // A full half would leave a line in the middle at fractional scales.
+            radius: height / 2 - 1
             hovered: allow.hovered
             pressed: allow.down
             restColor: Theme.accentFill

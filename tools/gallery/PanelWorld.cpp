@@ -34,9 +34,9 @@ std::vector<HookEvent::Question> questionWith(const QStringList &options)
 PanelWorld::PanelWorld()
     : m_store(m_home.filePath(u"data/vantry.db"_s), m_clock, m_log)
     , m_defaults(m_home.filePath(u"settings.json"_s), m_mainQueue, m_log)
-    , m_panel({ m_manager, m_changes, m_store, m_git, m_workers, m_mainQueue, m_clock, m_scheduler, m_defaults, m_log,
-                m_home.path() },
-              callbacks())
+    , m_panel(services(), callbacks())
+    , m_notch(m_manager, m_scheduler, callbacks(),
+              [this] { return std::make_unique<MenuBarViewModel>(services(), callbacks()); })
 {
     m_store.queue().sync([this] { m_store.open(); });
 }
@@ -45,6 +45,12 @@ PanelWorld::~PanelWorld()
 {
     m_workers.waitForDone();
     m_store.queue().sync([this] { m_store.close(); });
+}
+
+PanelServices PanelWorld::services()
+{
+    return { m_manager, m_changes,   m_store,    m_git, m_workers,    m_mainQueue,
+             m_clock,   m_scheduler, m_defaults, m_log, m_home.path() };
 }
 
 SessionCallbacks PanelWorld::callbacks()

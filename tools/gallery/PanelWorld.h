@@ -2,6 +2,7 @@
 
 #include "base/Defaults.h"
 #include "base/WorkerPool.h"
+#include "notch/NotchViewModel.h"
 #include "panels/MenuBarViewModel.h"
 #include "panels/PanelServices.h"
 #include "panels/SessionCallbacks.h"
@@ -52,6 +53,8 @@ public:
     PanelWorld &operator=(const PanelWorld &) = delete;
 
     [[nodiscard]] MenuBarViewModel &panel() { return m_panel; }
+    /// What the notch shows of the same sessions.
+    [[nodiscard]] NotchViewModel &notch() { return m_notch; }
     [[nodiscard]] SessionManager &manager() { return m_manager; }
     [[nodiscard]] test::ManualScheduler &scheduler() { return m_scheduler; }
     [[nodiscard]] Date now() const { return m_clock.now(); }
@@ -77,6 +80,7 @@ public:
     QSet<QString> sessionsWithoutAnswer; ///< Those whose terminal takes no option of a question.
 
 private:
+    [[nodiscard]] PanelServices services();
     [[nodiscard]] SessionCallbacks callbacks();
 
     QTemporaryDir m_home;
@@ -95,6 +99,7 @@ private:
     Defaults m_defaults;
     QSet<QString> m_withRule;
     MenuBarViewModel m_panel;
+    NotchViewModel m_notch;
 };
 
 } // namespace vantry::gallery

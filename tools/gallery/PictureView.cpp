@@ -73,15 +73,24 @@ void PictureView::readQmlFrom(const QString &sourceFolder)
 }
 
 PictureView::PictureView(PanelWorld &world, const DesktopPreferences::Values &preferences)
+    : PictureView(
+          world, preferences,
+          { .file = u"PictureFrame.qml"_s, .properties = { { u"panel"_s, QVariant::fromValue(&world.panel()) } } })
+{}
+
+PictureView::PictureView(PanelWorld &world, const DesktopPreferences::Values &preferences, const PictureFrame &frame)
     : m_world(world)
+    , m_keeps(frame.keeps)
 {
     m_preferences.set(preferences);
     m_appearance.install(*m_view.engine());
     m_view.engine()->addUrlInterceptor(&sourceFiles);
     m_world.panel().setVisible(true);
     m_world.settle();
-    m_view.setInitialProperties({ { u"panel"_s, QVariant::fromValue(&m_world.panel()) } });
-    m_view.setSource(QUrl(u"qrc:/gallery/PictureFrame.qml"_s));
+    if (!frame.theme.isEmpty())
+        m_view.setProperty("vantryTheme", frame.theme);
+    m_view.setInitialProperties(frame.properties);
+    m_view.setSource(QUrl(u"qrc:/gallery/"_s + frame.file));
     m_view.show();
     m_view.requestActivate();
     settle();

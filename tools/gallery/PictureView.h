@@ -7,10 +7,22 @@
 #include <QImage>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QVariantMap>
+
+#include <memory>
 
 namespace vantry::gallery {
 
-/// A window in memory that shows the panel of a world, still and complete. Main thread only.
+/// What a window shows: a QML file of the gallery's, and what its properties are.
+struct PictureFrame
+{
+    QString file;
+    QVariantMap properties {};
+    QString theme {};                     ///< Other than the desktop's; empty: that.
+    std::shared_ptr<const void> keeps {}; ///< What the properties point to.
+};
+
+/// A window in memory that shows the views of a world, still and complete. Main thread only.
 class PictureView
 {
 public:
@@ -18,8 +30,9 @@ public:
     /// built in.
     static void readQmlFrom(const QString &sourceFolder);
 
-    /// The platform must be offscreen. The world must outlive the view.
+    /// Shows the panel. The platform must be offscreen. The world must outlive the view.
     PictureView(PanelWorld &world, const DesktopPreferences::Values &preferences);
+    PictureView(PanelWorld &world, const DesktopPreferences::Values &preferences, const PictureFrame &frame);
 
     [[nodiscard]] QQuickView &window() { return m_view; }
     [[nodiscard]] PanelWorld &world() { return m_world; }
@@ -39,6 +52,7 @@ public:
 
 private:
     PanelWorld &m_world;
+    std::shared_ptr<const void> m_keeps;
     test::FakeDesktopPreferences m_preferences;
     Appearance m_appearance { m_preferences };
     QQuickView m_view;

@@ -1,6 +1,7 @@
 #include "gallery/Pictures.h"
 
 #include "gallery/ChatPictures.h"
+#include "gallery/NotchPictures.h"
 #include "sessions/GitRepositories.h"
 
 #include <QDir>
@@ -325,6 +326,7 @@ const std::vector<Picture> &pictures()
         addBrowserPictures(list);
         addDialogPictures(list);
         addChatPictures(list);
+        addNotchPictures(list);
         addVariants(list);
         return list;
     }();

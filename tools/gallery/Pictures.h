@@ -17,6 +17,7 @@ struct Picture
     std::function<void(PictureView &)> act {}; ///< Unset: nothing.
     DesktopPreferences::Values preferences {};
     Qt::LayoutDirection direction { Qt::LeftToRight };
+    std::function<PictureFrame(PanelWorld &, bool isDark)> frame {}; ///< Unset: the panel's.
 };
 
 [[nodiscard]] const std::vector<Picture> &pictures();

@@ -8,6 +8,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -40,15 +41,16 @@ QStringList render(const Picture &picture, bool dark, const QDir &folder)
     PanelWorld world;
     world.panel().setVisible(true);
     picture.prepare(world);
-    PictureView view(world, preferences);
-    if (!view.window().rootObject())
+    const auto view = picture.frame ? std::make_unique<PictureView>(world, preferences, picture.frame(world, dark))
+                                    : std::make_unique<PictureView>(world, preferences);
+    if (!view->window().rootObject())
         return warnings + QStringList(u"it can't be loaded"_s);
     if (picture.act)
-        picture.act(view);
-    const QImage image = view.grab();
+        picture.act(*view);
+    const QImage image = view->grab();
     const QString ratio = image.devicePixelRatio() > 1 ? u"@%1x"_s.arg(image.devicePixelRatio()) : QString();
     const QString file = picture.name + (dark ? u"-dark"_s : u"-light"_s) + ratio + u".png"_s;
-    QStringList faults = warnings + faultsOfTexts(view.window().rootObject());
+    QStringList faults = warnings + faultsOfTexts(view->window().rootObject());
     if (!image.save(folder.filePath(file)))
         faults.append(u"the picture can't be written"_s);
     return faults;
