@@ -16,11 +16,10 @@
 #include "platform/linux/LinuxProcessTable.h"
 #include "platform/linux/LinuxScriptHost.h"
 #include "platform/linux/LinuxSoundPlayer.h"
+#include "platform/linux/LinuxSpeechRecogniser.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/NotificationServer.h"
-#include "platform/linux/PocketSphinxRecogniser.h"
 #include "platform/linux/SessionBus.h"
-#include "platform/linux/SphinxDecoder.h"
 #include "platform/linux/TerminalEmulatorDriver.h"
 #include "platform/linux/TmuxDriver.h"
 #include "platform/linux/TrayHosts.h"
@@ -33,6 +32,18 @@
 namespace vantry::platform {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The path of a program that this one starts. Where it was built, all is in one folder.
+QString companion(const QString &name)
+{
+    const QString folder = QCoreApplication::applicationDirPath();
+    const QString beside = folder + u'/' + name;
+    return QFileInfo::exists(beside) ? beside : folder + u"/" VANTRY_LIBEXEC "/"_s + name;
+}
+
+} // namespace
 
 std::unique_ptr<ControlClient> makeControlClient()
 {
@@ -61,7 +72,7 @@ std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &cl
 
 std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser()
 {
-    return std::make_unique<PocketSphinxRecogniser>(SphinxDecoder::systemModel());
+    return std::make_unique<LinuxSpeechRecogniser>(companion(u"vantry-speech"_s), LinuxSpeechRecogniser::systemModel());
 }
 
 std::unique_ptr<PeerIdentity> makePeerIdentity()
@@ -77,14 +88,11 @@ std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths)
 std::unique_ptr<SoundPlayer> makeSoundPlayer()
 {
     const QString folder = QCoreApplication::applicationDirPath();
-    QString program = folder + u"/vantry-sound"_s;
     QString sounds = folder + u"/sounds"_s;
-    // Where it was built, all is in one folder.
-    if (!QFileInfo::exists(program)) {
-        program = folder + u"/" VANTRY_LIBEXEC "/vantry-sound"_s;
+    if (!QFileInfo::exists(sounds))
         sounds = folder + u"/" VANTRY_DATA "/vantry/sounds"_s;
-    }
-    return std::make_unique<LinuxSoundPlayer>(program, QStringList { sounds } + LinuxSoundPlayer::themeFolders());
+    return std::make_unique<LinuxSoundPlayer>(companion(u"vantry-sound"_s),
+                                              QStringList { sounds } + LinuxSoundPlayer::themeFolders());
 }
 
 std::vector<TerminalDriver *> Terminals::driverList() const
@@ -151,9 +159,7 @@ std::optional<QString> microphoneProblem(const Clock &clock)
 
 std::optional<QString> speechProblem()
 {
-    const QString model = SphinxDecoder::systemModel();
-    return SphinxDecoder::hasModel(model) ? SphinxDecoder::libraryProblem()
-                                          : std::optional(QStringLiteral("there is no model in %1").arg(model));
+    return LinuxSpeechRecogniser(companion(u"vantry-speech"_s), LinuxSpeechRecogniser::systemModel()).problem();
 }
 
 bool chooseWindowSystem()

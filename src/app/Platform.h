@@ -53,8 +53,8 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock);
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
+/// These two need the application object, whose folder tells where what they start is.
 [[nodiscard]] std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser();
-/// Needs the application object, whose folder tells where the sounds are.
 [[nodiscard]] std::unique_ptr<SoundPlayer> makeSoundPlayer();
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
 /// What the agent prints about its options. Blocks; any thread but the main one.
@@ -69,7 +69,7 @@ struct Terminals
 [[nodiscard]] NotificationCentre::Server findNotificationServer();
 /// Why nobody could be listened to, if so. Waits for the audio server, some seconds at most.
 [[nodiscard]] std::optional<QString> microphoneProblem(const Clock &clock);
-/// What is missing for recognising speech, if anything.
+/// What is missing for recognising speech, if anything. Runs a program; needs the application object.
 [[nodiscard]] std::optional<QString> speechProblem();
 /// Makes the toolkit draw by the window system that answers, unless the user has chosen one. False when none does.
 /// Before the application object.

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,12 +30,8 @@ struct Pipe
 };
 
 /// Both ends lie above the standard descriptors, also where the program was started with these closed.
-std::optional<Pipe> makePipe(int flags)
+std::optional<Pipe> aboveStandardDescriptors(Pipe pipe)
 {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC | flags) != 0)
-        return std::nullopt;
-    Pipe pipe { FileDescriptor(ends[0]), FileDescriptor(ends[1]) };
     for (FileDescriptor *end : { &pipe.reading, &pipe.writing }) {
         if (end->get() <= STDERR_FILENO)
             *end = FileDescriptor(fcntl(end->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
@@ -42,6 +39,22 @@ std::optional<Pipe> makePipe(int flags)
             return std::nullopt;
     }
     return pipe;
+}
+
+std::optional<Pipe> makePipe()
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return std::nullopt;
+    return aboveStandardDescriptors({ FileDescriptor(ends[0]), FileDescriptor(ends[1]) });
+}
+
+std::optional<Pipe> makeSocketPair()
+{
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        return std::nullopt;
+    return aboveStandardDescriptors({ FileDescriptor(ends[0]), FileDescriptor(ends[1]) });
 }
 
 /// Swallows what is written; above the standard descriptors, too.
@@ -77,6 +90,7 @@ struct Start
     char *const *arguments;
     char *const *environment;
     const char *workingDirectory;
+    int input; ///< Negative: none.
     int output;
     int errors;
     int failure; ///< Where a failure's errno goes; closed by a successful execve().
@@ -87,12 +101,13 @@ struct Start
 
 /// The two lists are those of the plan, and live as long as the result.
 Start makeStart(const ChildProcess::Plan &plan, const std::vector<char *> &arguments,
-                const std::vector<char *> &environment, int output, int errors, int failure)
+                const std::vector<char *> &environment, int input, int output, int errors, int failure)
 {
     Start start { plan.executable.c_str(),
                   arguments.data(),
                   environment.data(),
                   plan.workingDirectory.c_str(),
+                  input,
                   output,
                   errors,
                   failure,
@@ -121,8 +136,8 @@ void resetSignals(const Start &start)
 {
     setsid();
     resetSignals(start);
-    const int nothing = open("/dev/null", O_RDONLY);
-    const bool isReady = nothing >= 0 && (nothing == STDIN_FILENO || dup2(nothing, STDIN_FILENO) >= 0) &&
+    const int input = start.input >= 0 ? start.input : open("/dev/null", O_RDONLY);
+    const bool isReady = input >= 0 && (input == STDIN_FILENO || dup2(input, STDIN_FILENO) >= 0) &&
                          dup2(start.output, STDOUT_FILENO) >= 0 && dup2(start.errors, STDERR_FILENO) >= 0 &&
                          (!start.setsOpenFiles || setrlimit(RLIMIT_NOFILE, &start.openFiles) == 0) &&
                          (!*start.workingDirectory || chdir(start.workingDirectory) == 0);
@@ -239,16 +254,17 @@ std::optional<ChildProcess> ChildProcess::start(const Plan &plan)
     if (holdsNul(plan))
         return std::nullopt;
     keepExitStatus();
-    auto output = makePipe(0);
-    auto errors = makePipe(0);
-    auto failure = makePipe(0);
-    if (!output || !errors || !failure)
+    auto input = plan.hasInput ? makeSocketPair() : Pipe();
+    auto output = makePipe();
+    auto errors = makePipe();
+    auto failure = makePipe();
+    if (!input || !output || !errors || !failure)
         return std::nullopt;
 
     const std::vector<char *> arguments = pointersTo(plan.arguments);
     const std::vector<char *> environment = pointersTo(plan.environment);
-    const Start start =
-        makeStart(plan, arguments, environment, output->writing.get(), errors->writing.get(), failure->writing.get());
+    const Start start = makeStart(plan, arguments, environment, input->reading.get(), output->writing.get(),
+                                  errors->writing.get(), failure->writing.get());
 
     ChildProcess child;
     child.m_process = launch(start);
@@ -259,6 +275,7 @@ std::optional<ChildProcess> ChildProcess::start(const Plan &plan)
         return std::nullopt;
     }
     child.m_handle = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, child.m_process, 0)));
+    child.m_input = std::move(input->writing);
     child.m_output = std::move(output->reading);
     child.m_errors = std::move(errors->reading);
     return child;
@@ -270,14 +287,14 @@ std::optional<ChildProcess::Beginning> ChildProcess::startDetached(const Plan &p
         return std::nullopt;
     keepExitStatus();
     const FileDescriptor sink = openSink();
-    auto failure = makePipe(0);
-    auto report = makePipe(0);
+    auto failure = makePipe();
+    auto report = makePipe();
     if (!sink || !failure || !report)
         return std::nullopt;
 
     const std::vector<char *> arguments = pointersTo(plan.arguments);
     const std::vector<char *> environment = pointersTo(plan.environment);
-    const Start start = makeStart(plan, arguments, environment, sink.get(), sink.get(), failure->writing.get());
+    const Start start = makeStart(plan, arguments, environment, -1, sink.get(), sink.get(), failure->writing.get());
     const pid_t between = forkBlocked();
     if (between < 0)
         return std::nullopt;

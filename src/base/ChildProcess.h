@@ -13,7 +13,7 @@
 namespace vantry {
 
 /// A process that was started and is our child until its end has been taken. It leads a session, and so a process
-/// group, of its own and has no standard input. Owns the pipes' reading ends. One thread at a time.
+/// group, of its own. Owns our ends of what it writes to and reads from. One thread at a time.
 class ChildProcess
 {
 public:
@@ -24,6 +24,7 @@ public:
         std::vector<std::string> arguments;   ///< With the program's own name in front.
         std::vector<std::string> environment; ///< "NAME=value" each.
         std::string workingDirectory;         ///< Empty: the present one.
+        bool hasInput { false };              ///< Whether it is given a standard input.
     };
 
     /// Nothing when it can't be started: no such program or directory, a NUL in a text, no memory, no descriptor.
@@ -41,6 +42,8 @@ public:
     ChildProcess(ChildProcess &&) = default;
     ChildProcess &operator=(ChildProcess &&) = default;
 
+    /// A socket, so that writing to one that nobody reads any more raises no signal; reset() ends the input.
+    [[nodiscard]] FileDescriptor &standardInput() { return m_input; }
     [[nodiscard]] FileDescriptor &standardOutput() { return m_output; }
     [[nodiscard]] FileDescriptor &standardError() { return m_errors; }
 
@@ -59,6 +62,7 @@ private:
 
     pid_t m_process { -1 };
     FileDescriptor m_handle; ///< A pidfd; none where the system has none to give.
+    FileDescriptor m_input;
     FileDescriptor m_output;
     FileDescriptor m_errors;
     bool m_hasEnded { false };

@@ -48,7 +48,7 @@ struct Subprocess
     /// it goes for `timeout`, and doesn't end it then. Any thread; the caller blocks.
     [[nodiscard]] Launch startDetached() const;
 
-private:
+    /// For a program that is not run by the above. Any thread.
     [[nodiscard]] ChildProcess::Plan plan() const;
 };
 

@@ -12,9 +12,11 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <thread>
@@ -316,6 +318,24 @@ TEST(Subprocess, leavesNoZombieAndNoDescriptor)
     }
     EXPECT_EQ(count(), before);
     EXPECT_EQ(outputOf(QStringLiteral("ps -o stat= --ppid $PPID | grep -c Z")), "0\n");
+}
+
+TEST(ChildProcess, isGivenWhatIsWrittenToItAndItsEnd)
+{
+    ChildProcess::Plan plan = shell(QStringLiteral("cat; echo over")).plan();
+    plan.hasInput = true;
+    auto child = ChildProcess::start(plan);
+    ASSERT_TRUE(child);
+    EXPECT_EQ(send(child->standardInput().get(), "in\n", 3, MSG_NOSIGNAL), 3);
+    child->standardInput().reset();
+    while (!child->hasEnded()) {
+        pollfd end = child->watchEnd();
+        poll(&end, 1, static_cast<int>(child->longestWait().count()));
+    }
+    std::array<char, 64> text {};
+    EXPECT_EQ(read(child->standardOutput().get(), text.data(), text.size()), 8);
+    EXPECT_STREQ(text.data(), "in\nover\n");
+    EXPECT_EQ(child->exitStatus(), 0);
 }
 
 } // namespace

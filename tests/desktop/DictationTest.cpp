@@ -1,7 +1,6 @@
 #include "panels/DictationService.h"
 #include "platform/linux/LinuxMicrophone.h"
-#include "platform/linux/PocketSphinxRecogniser.h"
-#include "platform/linux/SphinxDecoder.h"
+#include "platform/linux/LinuxSpeechRecogniser.h"
 #include "program/ChildProcess.h"
 #include "program/Eventually.h"
 
@@ -117,7 +116,7 @@ protected:
 
     PolledQueue mainQueue;
     SystemClock clock;
-    PocketSphinxRecogniser recogniser { SphinxDecoder::systemModel() };
+    LinuxSpeechRecogniser recogniser { QStringLiteral(VANTRY_SPEECH_PROGRAM), LinuxSpeechRecogniser::systemModel() };
     LinuxMicrophone microphone { mainQueue, clock };
     DictationService service { microphone, &recogniser, mainQueue };
 };

@@ -30,33 +30,44 @@ LinuxSoundPlayer::LinuxSoundPlayer(QString program, QStringList folders)
 
 void LinuxSoundPlayer::playNamed(const QString &name)
 {
-    // A name is no way out of the folders.
-    if (name.isEmpty() || name.contains(u'/'))
-        return;
-    for (const QString &folder : m_folders) {
-        for (const QString &suffix : suffixes()) {
-            const QString path = folder + u'/' + name + suffix;
-            if (QFileInfo(path).isFile()) {
-                playFile(path);
-                return;
-            }
-        }
-    }
+    play([this, name] { return fileOf(name); });
 }
 
 void LinuxSoundPlayer::playFile(const QString &path)
 {
+    play([path] { return path; });
+}
+
+void LinuxSoundPlayer::play(std::function<QString()> findFile)
+{
     if (m_playing >= maximumAtOnce)
         return;
     ++m_playing;
-    m_workers.run([this, path] {
-        Subprocess player;
-        player.executable = m_program;
-        player.arguments = { path };
-        player.timeout = 10min;
-        static_cast<void>(player.run());
+    m_workers.run([this, findFile = std::move(findFile)] {
+        if (const QString path = findFile(); !path.isEmpty()) {
+            Subprocess player;
+            player.executable = m_program;
+            player.arguments = { path };
+            player.timeout = 10min;
+            static_cast<void>(player.run());
+        }
         --m_playing;
     });
+}
+
+QString LinuxSoundPlayer::fileOf(const QString &name) const
+{
+    // A name is no way out of the folders.
+    if (name.isEmpty() || name.contains(u'/'))
+        return {};
+    for (const QString &folder : m_folders) {
+        for (const QString &suffix : suffixes()) {
+            const QString path = folder + u'/' + name + suffix;
+            if (QFileInfo(path).isFile())
+                return path;
+        }
+    }
+    return {};
 }
 
 QStringList LinuxSoundPlayer::names() const

@@ -4,6 +4,7 @@
 #include "platform/SoundPlayer.h"
 
 #include <atomic>
+#include <functional>
 
 namespace vantry {
 
@@ -32,6 +33,11 @@ public:
     [[nodiscard]] int playing() const { return m_playing; }
 
 private:
+    /// `findFile` gives a path, or nothing; it is called in the worker, which may wait for the disk.
+    void play(std::function<QString()> findFile);
+    /// Empty when there is none.
+    [[nodiscard]] QString fileOf(const QString &name) const;
+
     const QString m_program;
     const QStringList m_folders;
     std::atomic<int> m_playing { 0 };
