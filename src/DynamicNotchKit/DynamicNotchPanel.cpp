@@ -92,6 +92,7 @@ void DynamicNotchPanel::resignKeyWindow()
     if (!m_takesFocus)
         return;
     m_takesFocus = false;
+    m_surface.setKey(false);
     setFlag(Qt::WindowDoesNotAcceptFocus, true);
     if (isActive() && m_windowBefore)
         m_overlays.giveFocus(*m_windowBefore);
@@ -105,7 +106,7 @@ bool DynamicNotchPanel::event(QEvent *event)
         event->accept();
         return true;
     }
-    if (event->type() == QEvent::MouseButtonPress && m_takesFocus && !isActive())
+    if (event->type() == QEvent::MouseButtonPress && m_takesFocus)
         takeFocus();
     followPointer(*event);
     return QQuickView::event(event);
@@ -149,9 +150,10 @@ void DynamicNotchPanel::followPointer(const QEvent &event)
 
 void DynamicNotchPanel::takeFocus()
 {
-    const std::optional<OverlayWindows::WindowID> active = m_overlays.activeWindow();
-    if (active != winId())
-        m_windowBefore = active;
+    m_surface.setKey(true);
+    if (isActive())
+        return;
+    m_windowBefore = m_overlays.activeWindow();
     m_overlays.takeFocus(*this);
 }
 

@@ -15,6 +15,7 @@ NotchContent {
     height: surface.expandedRect.height
     visible: surface.isExpanded || opacity > 0
     enabled: surface.isExpanded
+    focus: surface.isKey
     opacity: surface.expandedOpacity
     scale: surface.expandedScale
     transformOrigin: Item.Top

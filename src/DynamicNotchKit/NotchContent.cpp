@@ -14,10 +14,11 @@ public:
     {}
 
 protected:
+    void setInitialState(QObject *object) override { m_content.adopt(object); }
     void statusChanged(Status status) override
     {
         if (status == Ready)
-            m_content.adopt(object());
+            Q_EMIT m_content.contentSizeChanged();
         else if (status == Error)
             qmlWarning(&m_content, errors());
     }
@@ -28,7 +29,9 @@ private:
 
 NotchContent::NotchContent(QQuickItem *parent)
     : QQuickItem(parent)
-{}
+{
+    setFlag(ItemIsFocusScope);
+}
 
 NotchContent::~NotchContent()
 {
@@ -93,20 +96,19 @@ void NotchContent::create()
     m_component->create(*m_incubator);
 }
 
+/// Before the view's own items are complete, so that they find the window.
 void NotchContent::adopt(QObject *object)
 {
+    object->setParent(this);
     m_item = qobject_cast<QQuickItem *>(object);
     if (!m_item) {
         qmlWarning(this) << m_source.toString() << " is no item";
-        object->deleteLater();
         return;
     }
-    m_item->setParent(this);
     m_item->setParentItem(this);
     m_item->setSize(size());
     connect(m_item, &QQuickItem::implicitWidthChanged, this, &NotchContent::contentSizeChanged);
     connect(m_item, &QQuickItem::implicitHeightChanged, this, &NotchContent::contentSizeChanged);
-    Q_EMIT contentSizeChanged();
 }
 
 } // namespace vantry

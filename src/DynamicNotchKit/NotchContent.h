@@ -11,8 +11,8 @@
 
 namespace vantry {
 
-/// Shows a view from a file, as large as the item. As long as it isn't needed it is made in steps between frames, that
-/// nobody feels; when it is needed, what is missing is made at once. Main thread only.
+/// Shows a view from a file, as large as the item; a focus scope. As long as it isn't needed it is made in steps
+/// between frames, that nobody feels; when it is needed, what is missing is made at once. Main thread only.
 class NotchContent : public QQuickItem
 {
     Q_OBJECT

@@ -15,6 +15,7 @@ Item {
     }
     Loader {
         anchors.fill: parent
+        focus: true
         sourceComponent: root.surface.isFloating ? floating : notch
     }
     Component {

@@ -28,6 +28,7 @@ void NotchSurface::begin(const Stage &stage)
     m_layout = { .style = stage.style, .notchSize = stage.notchSize, .screenSize = stage.screenSize };
     m_leadingContentWidth = 0;
     m_trailingContentWidth = 0;
+    m_isKey = false;
     m_isHoveredStronger = false;
     m_motion.jumpTo(notchForm(m_layout));
     m_alpha.jumpTo(0);
@@ -54,6 +55,14 @@ void NotchSurface::setState(DynamicNotchState state, const SpringAnimation &anim
     goTo(notchForm(m_layout), animation);
     updateShadow();
     Q_EMIT changed();
+}
+
+void NotchSurface::setKey(bool isKey)
+{
+    if (isKey == m_isKey)
+        return;
+    m_isKey = isKey;
+    Q_EMIT stateChanged();
 }
 
 void NotchSurface::setHoveredStronger(bool isStronger)

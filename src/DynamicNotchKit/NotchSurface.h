@@ -20,6 +20,8 @@ class NotchSurface final : public QObject
     Q_PROPERTY(bool isFloating READ isFloating NOTIFY stateChanged)
     Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY stateChanged)
     Q_PROPERTY(bool isCompact READ isCompact NOTIFY stateChanged)
+    /// Whether the expanded content has the keyboard. It hasn't until the window has been clicked into.
+    Q_PROPERTY(bool isKey READ isKey NOTIFY stateChanged)
     /// Of the whole window.
     Q_PROPERTY(double alpha READ alpha NOTIFY changed)
     /// The shape, in whole pixels of the display.
@@ -72,6 +74,7 @@ public:
     void begin(const Stage &stage);
     void setWindow(double width, double pixelRatio);
     void setState(DynamicNotchState state, const SpringAnimation &animation);
+    void setKey(bool isKey);
     void setHoveredStronger(bool isStronger);
     void setHasShadow(bool hasShadow);
     void setDisabled(DynamicNotchSection section, bool isDisabled);
@@ -90,6 +93,7 @@ public:
     [[nodiscard]] bool isFloating() const { return m_layout.style.isFloating(); }
     [[nodiscard]] bool isExpanded() const { return m_layout.state == DynamicNotchState::expanded; }
     [[nodiscard]] bool isCompact() const { return m_layout.state == DynamicNotchState::compact; }
+    [[nodiscard]] bool isKey() const { return m_isKey; }
     [[nodiscard]] double alpha() const { return m_alpha.value(); }
     [[nodiscard]] QRectF shapeRect() const { return rectOf(m_motion.form()); }
     [[nodiscard]] double topCornerRadius() const { return m_motion.form().topCornerRadius; }
@@ -151,6 +155,7 @@ private:
     double m_trailingContentWidth { 0 };
     bool m_isLeadingDisabled { false };
     bool m_isTrailingDisabled { false };
+    bool m_isKey { false };
     bool m_isHoveredStronger { false };
     bool m_hasShadow { false };
     bool m_isChangingState { false };

@@ -16,10 +16,8 @@ Rectangle {
     MouseArea {
         anchors.fill: parent
         hoverEnabled: true
-        onClicked: {
-            root.clicks += 1;
-            root.forceActiveFocus();
-        }
+        onClicked: root.clicks += 1
     }
+    focus: true
     Keys.onPressed: event => root.typed += event.text
 }
