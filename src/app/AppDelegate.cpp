@@ -51,6 +51,8 @@ void AppDelegate::applicationDidFinishLaunching()
         startHttpServer();
     startTranscriptReader();
     startTimers();
+    if (m_scene.didFinishLaunching)
+        m_scene.didFinishLaunching();
 }
 
 void AppDelegate::applicationWillTerminate()
@@ -103,6 +105,8 @@ void AppDelegate::connectAlerts()
 {
     m_sessionManager.onNeedsAttention = [this](const SessionPtr &session, const HookEvent &event) {
         m_notificationService.notify(session, event);
+        if (m_scene.sessionNeedsAttention)
+            m_scene.sessionNeedsAttention(session);
     };
     m_notificationService.onActivationToken = m_ports.useActivationToken;
     m_notificationService.configure(
@@ -145,6 +149,8 @@ void AppDelegate::fanOut(const HookEvent &event)
     m_sessionManager.handleEvent(event);
     if (m_soundService)
         m_soundService->handleEvent(event, m_sessionManager);
+    if (m_scene.sessionsDidChange)
+        m_scene.sessionsDidChange();
 
     if (type == HookEventType::sessionEnd || type == HookEventType::taskCompleted)
         m_pendingPermissions.dismissAll(event.sessionID);

@@ -88,6 +88,9 @@ public:
     {
         std::function<void()> showApp {};
         std::function<void()> openSettings {};
+        std::function<void()> didFinishLaunching {};
+        std::function<void()> sessionsDidChange {}; ///< After each event.
+        std::function<void(const SessionPtr &)> sessionNeedsAttention {};
     };
     /// Before the application is asked for windows; an empty one before the scene goes.
     void setScene(const Scene &scene);

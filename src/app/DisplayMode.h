@@ -21,4 +21,9 @@ enum class DisplayMode { menuBar, notch, both };
     return mode != DisplayMode::notch;
 }
 
+[[nodiscard]] constexpr bool showsNotch(DisplayMode mode)
+{
+    return mode != DisplayMode::menuBar;
+}
+
 } // namespace vantry

@@ -74,9 +74,15 @@ public:
         , m_statusItem(platform::makeStatusItem(scheduler))
         , m_overlays(platform::makeOverlayWindows())
         , m_preferences(platform::makeDesktopPreferences(delegate.log()))
-        , m_app(delegate, { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences }, [this, &delegate] {
-            return std::make_unique<MenuBarViewModel>(servicesOf(delegate), delegate.sessionCallbacks());
-        })
+        , m_screens(platform::makeScreens(*m_overlays, scheduler))
+        , m_fullScreens(platform::makeFullScreenWatch(scheduler))
+        , m_sessionLock(platform::makeSessionLock(scheduler))
+        , m_app(delegate,
+                { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences, *m_screens, *m_fullScreens,
+                  *m_sessionLock },
+                [this, &delegate] {
+                    return std::make_unique<MenuBarViewModel>(servicesOf(delegate), delegate.sessionCallbacks());
+                })
     {}
 
     void showApp() { m_app.showApp(); }
@@ -96,6 +102,9 @@ private:
     const std::unique_ptr<StatusItem> m_statusItem;
     const std::unique_ptr<OverlayWindows> m_overlays;
     const std::unique_ptr<DesktopPreferences> m_preferences;
+    const std::unique_ptr<Screens> m_screens;
+    const std::unique_ptr<FullScreenWatch> m_fullScreens;
+    const std::unique_ptr<SessionLock> m_sessionLock;
     VantryApp m_app;
 };
 

@@ -8,13 +8,16 @@
 #include "platform/linux/LinkOpener.h"
 #include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxDesktopPreferences.h"
+#include "platform/linux/LinuxFullScreenWatch.h"
 #include "platform/linux/LinuxListeningPorts.h"
 #include "platform/linux/LinuxMicrophone.h"
 #include "platform/linux/LinuxNotificationCentre.h"
 #include "platform/linux/LinuxOverlayWindows.h"
 #include "platform/linux/LinuxPeerIdentity.h"
 #include "platform/linux/LinuxProcessTable.h"
+#include "platform/linux/LinuxScreens.h"
 #include "platform/linux/LinuxScriptHost.h"
+#include "platform/linux/LinuxSessionLock.h"
 #include "platform/linux/LinuxSoundPlayer.h"
 #include "platform/linux/LinuxSpeechRecogniser.h"
 #include "platform/linux/LinuxStatusItem.h"
@@ -142,6 +145,11 @@ bool hasDisplay()
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+bool canPlaceWindows()
+{
+    return x11Answers();
+}
+
 bool hasTray()
 {
     return vantry::hasTray();
@@ -175,6 +183,21 @@ std::unique_ptr<StatusItem> makeStatusItem(Scheduler &scheduler)
 std::unique_ptr<OverlayWindows> makeOverlayWindows()
 {
     return std::make_unique<LinuxOverlayWindows>();
+}
+
+std::unique_ptr<Screens> makeScreens(const OverlayWindows &overlays, Scheduler &scheduler)
+{
+    return std::make_unique<LinuxScreens>(overlays, scheduler);
+}
+
+std::unique_ptr<FullScreenWatch> makeFullScreenWatch(Scheduler &scheduler)
+{
+    return std::make_unique<LinuxFullScreenWatch>(scheduler);
+}
+
+std::unique_ptr<SessionLock> makeSessionLock(Scheduler &scheduler)
+{
+    return std::make_unique<LinuxSessionLock>(scheduler);
 }
 
 std::unique_ptr<DesktopPreferences> makeDesktopPreferences(Log &log)

@@ -9,13 +9,16 @@
 #include "platform/ControlClient.h"
 #include "platform/ControlEndpoint.h"
 #include "platform/DesktopPreferences.h"
+#include "platform/FullScreenWatch.h"
 #include "platform/ListeningPorts.h"
 #include "platform/Microphone.h"
 #include "platform/NotificationCentre.h"
 #include "platform/OverlayWindows.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
+#include "platform/Screens.h"
 #include "platform/ScriptHost.h"
+#include "platform/SessionLock.h"
 #include "platform/SoundPlayer.h"
 #include "platform/SpeechRecogniser.h"
 #include "platform/StatusItem.h"
@@ -63,6 +66,8 @@ struct Terminals
 [[nodiscard]] std::optional<QString> openUrl(const QUrl &url);
 /// Whether the environment names a display.
 [[nodiscard]] bool hasDisplay();
+/// Whether programs can put windows where they want.
+[[nodiscard]] bool canPlaceWindows();
 /// Whether the desktop has a place for the icon.
 [[nodiscard]] bool hasTray();
 /// Who shows notifications on this desktop. Waits for the answer, a second or two at most.
@@ -78,6 +83,10 @@ struct Terminals
 // These need the QApplication.
 [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem(Scheduler &scheduler);
 [[nodiscard]] std::unique_ptr<OverlayWindows> makeOverlayWindows();
+/// The overlays and the scheduler must outlive the screens.
+[[nodiscard]] std::unique_ptr<Screens> makeScreens(const OverlayWindows &overlays, Scheduler &scheduler);
+[[nodiscard]] std::unique_ptr<FullScreenWatch> makeFullScreenWatch(Scheduler &scheduler);
+[[nodiscard]] std::unique_ptr<SessionLock> makeSessionLock(Scheduler &scheduler);
 [[nodiscard]] std::unique_ptr<DesktopPreferences> makeDesktopPreferences(Log &log);
 
 } // namespace vantry::platform

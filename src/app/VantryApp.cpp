@@ -5,6 +5,8 @@
 
 #include <QCursor>
 
+#include <utility>
+
 namespace vantry {
 
 using namespace Qt::StringLiterals;
@@ -19,18 +21,30 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
     , m_menuBarExtra(
           { ports.statusItem, delegate.sessionManager(), delegate.sessionChanges(), m_appearance },
           { .showApp = [this] { showApp(); }, .checkForUpdates = {}, .quitApp = [this] { m_delegate.quitApp(); } })
+    , m_notch({ .engine = [this]() -> QQmlEngine & { return engine(); },
+                .appearance = m_appearance,
+                .overlays = ports.overlays,
+                .screens = ports.screens,
+                .fullScreens = ports.fullScreens,
+                .sessionLock = ports.sessionLock,
+                .services = delegate.panelServices(),
+                .callbacks = delegate.sessionCallbacks(),
+                .makePanel = m_makePanel })
 {
     m_ports.statusItem.onClick = [this] { statusItemClicked(); };
-    m_ports.statusItem.onNoTray = [this] { sayThatThereIsNoTray(); };
+    m_ports.statusItem.onNoTray = [this] { noTrayFound(); };
+    m_ports.statusItem.onTrayFound = [this] { trayFound(); };
     m_windows.declare(settingsWindow, [this] { return makeSettingsWindow(); });
-    m_delegate.setScene({ .showApp = [this] { showApp(); }, .openSettings = [this] { openSettings(); } });
+    m_delegate.setScene(
+        { .showApp = [this] { showApp(); },
+          .openSettings = [this] { openSettings(); },
+          .didFinishLaunching = [this] { updateNotch(); },
+          .sessionsDidChange = [this] { m_notch.sessionsDidChange(); },
+          .sessionNeedsAttention = [this](const SessionPtr &session) { m_notch.sessionNeedsAttention(session); } });
     connect(this, &VantryApp::popoverVisibleChanged, this,
             [this](bool visible) { m_delegate.notificationService().isPopoverVisible = visible; });
     connect(&m_delegate.defaults(), &Defaults::changed, this, &VantryApp::defaultsChanged);
-    m_statusItemSetUp = m_ports.scheduler.after(500ms, [this] {
-        if (!showsMenuBar(displayMode(m_delegate.defaults())))
-            m_ports.statusItem.setVisible(false);
-    });
+    m_statusItemSetUp = m_ports.scheduler.after(500ms, [this] { updateStatusItem(); });
 }
 
 VantryApp::~VantryApp()
@@ -38,6 +52,7 @@ VantryApp::~VantryApp()
     m_delegate.setScene({});
     m_ports.statusItem.onClick = {};
     m_ports.statusItem.onNoTray = {};
+    m_ports.statusItem.onTrayFound = {};
 }
 
 void VantryApp::showApp()
@@ -47,6 +62,7 @@ void VantryApp::showApp()
 
 void VantryApp::openSettings()
 {
+    m_notch.collapse();
     m_windows.open(settingsWindow);
 }
 
@@ -97,11 +113,29 @@ std::optional<QPoint> VantryApp::pointer() const
 
 void VantryApp::defaultsChanged()
 {
+    m_notch.setHasVirtualNotch(hasVirtualNotch());
     const DisplayMode mode = displayMode(m_delegate.defaults());
     if (m_lastDisplayMode == mode)
         return;
     m_lastDisplayMode = mode;
-    m_ports.statusItem.setVisible(showsMenuBar(mode));
+    updateNotch();
+    updateStatusItem();
+}
+
+bool VantryApp::hasVirtualNotch() const
+{
+    return m_delegate.defaults().boolean(u"virtual_notch"_s, true);
+}
+
+void VantryApp::updateNotch()
+{
+    m_notch.setHasVirtualNotch(hasVirtualNotch());
+    m_notch.setShown(m_isWithoutTray || showsNotch(displayMode(m_delegate.defaults())));
+}
+
+void VantryApp::updateStatusItem()
+{
+    m_ports.statusItem.setVisible(showsMenuBar(displayMode(m_delegate.defaults())) || !m_ports.overlays.canPlace());
 }
 
 void VantryApp::triggerOnboarding()
@@ -112,9 +146,18 @@ void VantryApp::triggerOnboarding()
     m_windows.open(onboardingWindow);
 }
 
-void VantryApp::sayThatThereIsNoTray()
+void VantryApp::noTrayFound()
 {
-    m_delegate.log().write("VantryApp: no tray for the icon yet; \"vantry show\" opens the panel");
+    m_delegate.log().write("VantryApp: no tray for the icon yet, so the notch is shown, whatever the display mode; "
+                           "\"vantry show\" opens the panel");
+    m_isWithoutTray = true;
+    updateNotch();
+}
+
+void VantryApp::trayFound()
+{
+    if (std::exchange(m_isWithoutTray, false))
+        updateNotch();
 }
 
 QQmlEngine &VantryApp::engine()

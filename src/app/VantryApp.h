@@ -2,12 +2,16 @@
 
 #include "app/DisplayMode.h"
 #include "app/MenuBarExtra.h"
+#include "app/NotchPresenter.h"
 #include "app/PanelWindow.h"
 #include "app/PopoverToggle.h"
 #include "app/WindowRegistry.h"
 #include "base/Scheduler.h"
 #include "platform/DesktopPreferences.h"
+#include "platform/FullScreenWatch.h"
 #include "platform/OverlayWindows.h"
+#include "platform/Screens.h"
+#include "platform/SessionLock.h"
 #include "platform/StatusItem.h"
 #include "style/Appearance.h"
 
@@ -23,8 +27,10 @@ namespace vantry {
 class AppDelegate;
 class MenuBarViewModel;
 
-/// The program's scene: the tray icon, the panel that it opens, and the windows by id. No view is loaded before the
-/// first opening of one. Ends before the services. Main thread only; needs the QApplication.
+/// The program's scene: the tray icon, the panel that it opens, the notch, and the windows by id. No view is loaded
+/// before the first opening of one. Which of icon and notch are shown is what the display mode says, but that the notch
+/// stands in for the icon where there is no tray, and the icon for the notch where windows can't be placed. Ends before
+/// the services. Main thread only; needs the QApplication.
 class VantryApp final : public QObject
 {
     Q_OBJECT
@@ -44,12 +50,15 @@ public:
         StatusItem &statusItem;
         OverlayWindows &overlays;
         DesktopPreferences &preferences;
+        Screens &screens;
+        FullScreenWatch &fullScreens;
+        SessionLock &sessionLock;
     };
 
     using MakePanel = std::function<std::unique_ptr<MenuBarViewModel>()>;
 
-    /// Shows the tray icon. `makePanel` is called once, at the first opening of the panel. Before the delegate has
-    /// finished launching.
+    /// Shows the tray icon. `makePanel` is called at the first opening of the panel, and for each notch that is set up
+    /// when that expands first. Before the delegate has finished launching.
     VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePanel);
     ~VantryApp() override;
 
@@ -60,6 +69,7 @@ public:
     [[nodiscard]] WindowRegistry &windows() { return m_windows; }
     /// Null before the first opening.
     [[nodiscard]] PanelWindow *panel() { return m_panel.get(); }
+    [[nodiscard]] const NotchPresenter &notch() const { return m_notch; }
     [[nodiscard]] bool isPopoverVisible() const;
 
 Q_SIGNALS:
@@ -71,8 +81,12 @@ private:
     [[nodiscard]] PanelAnchor anchor() const;
     [[nodiscard]] std::optional<QPoint> pointer() const;
     void defaultsChanged();
+    void trayFound();
+    [[nodiscard]] bool hasVirtualNotch() const;
+    void updateNotch();
+    void updateStatusItem();
     void triggerOnboarding();
-    void sayThatThereIsNoTray();
+    void noTrayFound();
     [[nodiscard]] QQmlEngine &engine();
     [[nodiscard]] std::unique_ptr<QQuickView> makeSettingsWindow();
 
@@ -85,9 +99,11 @@ private:
     std::unique_ptr<PanelWindow> m_panel;
     WindowRegistry m_windows;
     MenuBarExtra m_menuBarExtra;
+    NotchPresenter m_notch;
     PopoverToggle m_toggle;
     std::optional<QPoint> m_lastClick; ///< Where the icon was, for trays that don't tell.
     std::optional<DisplayMode> m_lastDisplayMode;
+    bool m_isWithoutTray { false }; ///< Known to be.
     bool m_didTriggerOnboarding { false };
     ScheduledTimer m_statusItemSetUp;
 };

@@ -83,6 +83,7 @@ public:
                                     port,
                                     terminals.driverList(),
                                     platform::hasDisplay(),
+                                    platform::canPlaceWindows(),
                                     platform::hasTray(),
                                     platform::findNotificationServer(),
                                     platform::makeSoundPlayer()->problem(),

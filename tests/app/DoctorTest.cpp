@@ -75,8 +75,8 @@ TEST_F(Doctor, looksAtEverythingOnce)
 
     EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
                                     u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"tray"_s, u"notifications"_s, u"sound"_s, u"microphone"_s,
-                                    u"speech recognition"_s, u"terminals"_s }));
+                                    u"display"_s, u"tray"_s, u"notch"_s, u"notifications"_s, u"sound"_s,
+                                    u"microphone"_s, u"speech recognition"_s, u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)
@@ -292,6 +292,26 @@ TEST_F(Doctor, tellsHowToGetATray)
     EXPECT_FALSE(checks.tray().ok);
     EXPECT_TRUE(checks.tray().advice->contains(u"gnome-shell-extension-appindicator"));
     EXPECT_EQ(checks.tray().weight, Weight::Helpful);
+}
+
+TEST_F(Doctor, tellsWhetherThereCanBeANotch)
+{
+    const auto check = [this](bool hasDisplay, bool canPlaceWindows) {
+        return DoctorChecks({ .paths = paths,
+                              .client = client,
+                              .peers = peers,
+                              .ports = ports,
+                              .port = freePort,
+                              .hasDisplay = hasDisplay,
+                              .canPlaceWindows = canPlaceWindows })
+            .notch();
+    };
+
+    EXPECT_TRUE(check(true, true).ok);
+    EXPECT_FALSE(check(true, false).ok);
+    EXPECT_TRUE(check(true, false).advice->contains(u"xwayland"));
+    EXPECT_FALSE(check(false, false).ok);
+    EXPECT_EQ(check(true, false).weight, Weight::Helpful);
 }
 
 TEST_F(Doctor, tellsWhatKeepsSoundsFromBeingHeard)

@@ -7,11 +7,14 @@
 #include "support/FakeApplications.h"
 #include "support/FakeControlEndpoint.h"
 #include "support/FakeDesktopPreferences.h"
+#include "support/FakeFullScreenWatch.h"
 #include "support/FakeHookConnection.h"
 #include "support/FakeNotificationCentre.h"
 #include "support/FakeOverlayWindows.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
+#include "support/FakeScreens.h"
+#include "support/FakeSessionLock.h"
 #include "support/FakeStatusItem.h"
 #include "support/FakeTerminalDriver.h"
 #include "support/ManualMainQueue.h"
@@ -43,12 +46,15 @@ protected:
     void start()
     {
         ASSERT_EQ(delegate.publishControl(), ControlEndpoint::Publication::Published);
-        app.emplace(delegate, VantryApp::Ports { clock, scheduler, item, overlays, preferences }, [this] {
-            ++panelsMade;
-            auto made = std::make_unique<MenuBarViewModel>(delegate.panelServices(), SessionCallbacks {});
-            model = made.get();
-            return made;
-        });
+        app.emplace(
+            delegate,
+            VantryApp::Ports { clock, scheduler, item, overlays, preferences, screens, fullScreens, sessionLock },
+            [this] {
+                ++panelsMade;
+                auto made = std::make_unique<MenuBarViewModel>(delegate.panelServices(), SessionCallbacks {});
+                model = made.get();
+                return made;
+            });
         mainQueue.drainAll();
     }
     void deliver(const HookEvent &event)
@@ -104,6 +110,9 @@ protected:
     FakeStatusItem item;
     FakeOverlayWindows overlays;
     FakeDesktopPreferences preferences;
+    FakeScreens screens;
+    FakeFullScreenWatch fullScreens;
+    FakeSessionLock sessionLock;
     MenuBarViewModel *model { nullptr }; ///< Null until the panel is opened.
     int panelsMade { 0 };
     std::optional<VantryApp> app;

@@ -327,57 +327,5 @@ TEST_F(VantryAppTest, showsNothingAfterItsEnd)
     delegate.openSettings();
 }
 
-TEST_F(VantryAppTest, hidesTheIconHalfASecondAfterTheStartWhenTheNotchAloneIsWanted)
-{
-    delegate.defaults().setString(u"displayMode"_s, u"notch"_s);
-    start();
-
-    scheduler.advance(499ms);
-    EXPECT_TRUE(item.isVisible);
-    scheduler.advance(1ms);
-    EXPECT_FALSE(item.isVisible);
-}
-
-TEST_F(VantryAppTest, showsTheIconInAllOtherModes)
-{
-    for (const QString &mode : { u"menuBar"_s, u"both"_s, u"nonsense"_s }) {
-        delegate.defaults().setString(u"displayMode"_s, mode);
-        start();
-        scheduler.advance(1s);
-
-        EXPECT_TRUE(item.isVisible) << mode.toStdString();
-        app.reset();
-    }
-}
-
-TEST_F(VantryAppTest, followsTheDisplayModeWhileItRuns)
-{
-    start();
-    scheduler.advance(1s);
-
-    delegate.defaults().setString(u"displayMode"_s, u"notch"_s);
-    mainQueue.drainAll();
-    EXPECT_FALSE(item.isVisible);
-    delegate.defaults().setString(u"displayMode"_s, u"both"_s);
-    mainQueue.drainAll();
-    EXPECT_TRUE(item.isVisible);
-}
-
-TEST_F(VantryAppTest, takesTheFirstChangeOfAnySettingForOneOfTheMode)
-{
-    start();
-    scheduler.advance(1s);
-    item.isVisible = false;
-
-    delegate.defaults().setBoolean(u"something"_s, true);
-    mainQueue.drainAll();
-    EXPECT_TRUE(item.isVisible);
-
-    item.isVisible = false;
-    delegate.defaults().setBoolean(u"something"_s, false);
-    mainQueue.drainAll();
-    EXPECT_FALSE(item.isVisible);
-}
-
 } // namespace
 } // namespace vantry::test

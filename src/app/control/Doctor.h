@@ -51,6 +51,7 @@ public:
         std::uint16_t port;
         std::vector<TerminalDriver *> terminals {};
         bool hasDisplay { false };
+        bool canPlaceWindows { false };
         bool hasTray { false };
         NotificationCentre::Server notificationServer {};
         std::optional<SoundPlayer::Problem> soundProblem {};
@@ -77,6 +78,7 @@ public:
     [[nodiscard]] DoctorCheck peerIdentity() const;
     [[nodiscard]] DoctorCheck display() const;
     [[nodiscard]] DoctorCheck tray() const;
+    [[nodiscard]] DoctorCheck notch() const;
     [[nodiscard]] DoctorCheck microphone() const;
     [[nodiscard]] DoctorCheck speech() const;
     [[nodiscard]] DoctorCheck notifications() const;

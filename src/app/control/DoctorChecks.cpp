@@ -128,9 +128,9 @@ std::optional<TerminalDriver::Problem> terminalProblem(const SessionRow &session
 
 QList<DoctorCheck> DoctorChecks::all() const
 {
-    return QList { application(), listener(), sessionBus(),   hook(),    python(), agent(),         git(),  database(),
-                   dataFolder(),  log(),      peerIdentity(), display(), tray(),   notifications(), sound() } +
-           QList { microphone(), speech() } + terminals();
+    return QList { application(), listener(), sessionBus(),   hook(),    python(), agent(), git(),          database(),
+                   dataFolder(),  log(),      peerIdentity(), display(), tray(),   notch(), notifications() } +
+           QList { sound(), microphone(), speech() } + terminals();
 }
 
 DoctorCheck DoctorChecks::application() const
@@ -328,10 +328,22 @@ DoctorCheck DoctorChecks::tray() const
 {
     DoctorCheck check { .name = u"tray"_s, .ok = m_surroundings.hasTray };
     check.detail = check.ok ? u"The desktop has a tray for Vantry's icon"_s
-                            : u"There is no tray, so Vantry has no icon; \"vantry show\" opens the panel"_s;
+                            : u"There is no tray, so Vantry has no icon; the notch is shown in its stead, and "
+                              "\"vantry show\" opens the panel"_s;
     if (!check.ok)
         check.advice = u"On GNOME, install gnome-shell-extension-appindicator and turn it on; elsewhere, add a tray to "
                        "the desktop's bar"_s;
+    return check;
+}
+
+DoctorCheck DoctorChecks::notch() const
+{
+    DoctorCheck check { .name = u"notch"_s, .ok = m_surroundings.canPlaceWindows };
+    check.detail = check.ok ? u"The notch can be shown at the top of the screen"_s
+                            : u"No window can be placed on this desktop, so there is no notch"_s;
+    if (!check.ok)
+        check.advice = m_surroundings.hasDisplay ? u"Install xwayland and turn it on in the desktop"_s
+                                                 : u"Start Vantry from the desktop"_s;
     return check;
 }
 

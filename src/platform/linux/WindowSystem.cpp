@@ -18,16 +18,6 @@ namespace {
 
 constexpr auto choice = "QT_QPA_PLATFORM";
 
-bool x11Answers()
-{
-    if (qEnvironmentVariableIsEmpty("DISPLAY"))
-        return false;
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    const bool answers = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return answers;
-}
-
 bool waylandAnswers()
 {
     const QString display = qEnvironmentVariable("WAYLAND_DISPLAY");
@@ -53,6 +43,16 @@ bool toolkitKnowsWayland()
 }
 
 } // namespace
+
+bool x11Answers()
+{
+    if (qEnvironmentVariableIsEmpty("DISPLAY"))
+        return false;
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    const bool answers = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return answers;
+}
 
 bool chooseWindowSystem()
 {

@@ -7,4 +7,7 @@ namespace vantry {
 /// answers: the toolkit would end the process. Before the application object.
 [[nodiscard]] bool chooseWindowSystem();
 
+/// Whether an X server takes connections at DISPLAY. Any thread.
+[[nodiscard]] bool x11Answers();
+
 } // namespace vantry
