@@ -39,6 +39,12 @@ const Saver *saverOf(const QString &service)
     return found == savers.end() ? nullptr : found;
 }
 
+/// False for what is no boolean at all.
+bool isTrue(const QVariant &value)
+{
+    return value.metaType() == QMetaType::fromType<bool>() && value.toBool();
+}
+
 } // namespace
 
 QString LinuxSessionLock::systemBusAddress()
@@ -126,7 +132,7 @@ void LinuxSessionLock::askForHint()
                                                    QString::fromLatin1(bus::propertiesInterface), u"Get"_s);
     question << QString(sessionInterface) << QString(lockedHint);
     ask(m_systemBus, question,
-        [this](const QVariant &answer) { setHint(answer.value<QDBusVariant>().variant().toBool()); });
+        [this](const QVariant &answer) { setHint(isTrue(answer.value<QDBusVariant>().variant())); });
 }
 
 void LinuxSessionLock::askSaver(const QString &service)
@@ -135,7 +141,7 @@ void LinuxSessionLock::askSaver(const QString &service)
     if (!saver)
         return;
     const auto question = QDBusMessage::createMethodCall(saver->service, saver->path, saver->service, u"GetActive"_s);
-    ask(m_sessionBus, question, [this, service](const QVariant &answer) { setSaver(service, answer.toBool()); });
+    ask(m_sessionBus, question, [this, service](const QVariant &answer) { setSaver(service, isTrue(answer)); });
 }
 
 void LinuxSessionLock::ask(BusConnection &bus, const QDBusMessage &question, const Answer &take)
@@ -169,7 +175,7 @@ void LinuxSessionLock::propertiesChanged(const QString &interface, const QVarian
     if (interface != sessionInterface)
         return;
     if (changed.contains(lockedHint))
-        setHint(changed.value(lockedHint).toBool());
+        setHint(isTrue(changed.value(lockedHint)));
     else if (invalidated.contains(lockedHint))
         askForHint();
 }
