@@ -41,7 +41,7 @@ DynamicNotchPanel::DynamicNotchPanel(QQmlEngine &engine, NotchSurface &surface, 
     setFormat(alpha);
     setColor(Qt::transparent);
     setFlags(windowFlags);
-    setTitle(u"Vantry"_s);
+    setTitle(u"Vantry Notch"_s);
     setResizeMode(SizeRootObjectToView);
 }
 

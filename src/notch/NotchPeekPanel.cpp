@@ -91,7 +91,7 @@ void NotchPeekPanel::makeView()
     format.setAlphaBufferSize(8);
     m_view->setFormat(format);
     m_view->setColor(Qt::transparent);
-    m_view->setTitle(u"Vantry"_s);
+    m_view->setTitle(u"Vantry Card"_s);
     m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
                      Qt::NoDropShadowWindowHint | Qt::BypassWindowManagerHint);
     m_view->setProperty("vantryTheme", u"notch"_s);
