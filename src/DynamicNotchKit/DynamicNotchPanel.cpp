@@ -1,5 +1,6 @@
 #include "DynamicNotchKit/DynamicNotchPanel.h"
 
+#include "DynamicNotchKit/NotchContent.h"
 #include "DynamicNotchKit/NotchGeometry.h"
 #include "DynamicNotchKit/NotchSurface.h"
 
@@ -48,6 +49,12 @@ DynamicNotchPanel::DynamicNotchPanel(QQmlEngine &engine, NotchSurface &surface, 
 DynamicNotchPanel::~DynamicNotchPanel()
 {
     disconnect(&m_surface, nullptr, this, nullptr);
+    // What is half made can't be completed any more once its surroundings are being destroyed.
+    if (rootObject()) {
+        const auto contents = rootObject()->findChildren<NotchContent *>();
+        for (NotchContent *content : contents)
+            content->finish();
+    }
 }
 
 void DynamicNotchPanel::load(const QVariantMap &properties)

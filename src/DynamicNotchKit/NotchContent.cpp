@@ -33,9 +33,10 @@ NotchContent::NotchContent(QQuickItem *parent)
     setFlag(ItemIsFocusScope);
 }
 
-NotchContent::~NotchContent()
+NotchContent::~NotchContent() = default;
+
+void NotchContent::finish()
 {
-    // The engine would count what is given up as never finished.
     if (m_incubator && m_incubator->isLoading())
         m_incubator->forceCompletion();
 }
@@ -48,9 +49,9 @@ void NotchContent::setNeeded(bool isNeeded)
     Q_EMIT neededChanged();
     if (!m_isNeeded || !isComponentComplete())
         return;
-    if (m_incubator && m_incubator->isLoading())
-        m_incubator->forceCompletion();
-    else if (!m_incubator && m_component)
+    if (m_incubator)
+        finish();
+    else if (m_component)
         load();
 }
 

@@ -32,6 +32,9 @@ public:
     [[nodiscard]] bool isNeeded() const { return m_isNeeded; }
     void setNeeded(bool isNeeded);
     [[nodiscard]] QSizeF contentSize() const;
+    /// Makes what is missing of a view that is being made. Before the window goes: the engine must see every view that
+    /// it has begun come to its end.
+    void finish();
 
 Q_SIGNALS:
     void neededChanged();
