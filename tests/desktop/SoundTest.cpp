@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include <cmath>
+#include <csignal>
 
 namespace vantry::test {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 using namespace Qt::StringLiterals;
 using ::testing::Contains;
 
-/// A sound server of the test's own, with one device that nobody hears but a recorder.
+/// A sound server of the test's own. Its device, which the user has chosen among two, nobody hears but a recorder.
 class SoundTest : public ::testing::Test
 {
 protected:
@@ -65,9 +66,13 @@ protected:
     {
         server =
             start(u"pulseaudio"_s, { u"-n"_s, u"--daemonize=no"_s, u"--disable-shm=yes"_s, u"--exit-idle-time=-1"_s,
-                                     u"--use-pid-file=no"_s, u"-L"_s, u"module-null-sink sink_name=device"_s, u"-L"_s,
+                                     u"--use-pid-file=no"_s, u"-L"_s, u"module-null-sink sink_name=other"_s, u"-L"_s,
+                                     u"module-null-sink sink_name=device"_s, u"-L"_s,
                                      u"module-native-protocol-unix auth-anonymous=1 socket="_s + path(u"socket"_s) });
-        ASSERT_TRUE(eventually([&] { return control({ u"info"_s }).contains("device"); }));
+        ASSERT_TRUE(eventually([&] {
+            (void)control({ u"set-default-sink"_s, u"device"_s });
+            return control({ u"info"_s }).contains("Default Sink: device");
+        }));
     }
     void startRecorder()
     {
@@ -193,6 +198,32 @@ TEST_F(SoundTest, aServerWithoutADeviceIsSilent)
 
     EXPECT_EQ(statusFor({}), noDevice);
     EXPECT_EQ(statusFor({ fixture(u"glass.mp3"_s) }), noDevice);
+}
+
+TEST_F(SoundTest, aServerThatGoesEndsWhatIsPlayed)
+{
+    startServer();
+    writeWave(u"long.wav"_s, 60);
+    LinuxSoundPlayer player(QStringLiteral(VANTRY_SOUND_PROGRAM), {});
+    player.playFile(path(u"long.wav"_s));
+    ASSERT_TRUE(eventually([&] { return playing() == 1; }));
+    server->killAndWait();
+
+    EXPECT_TRUE(eventually([&] { return player.playing() == 0; }));
+}
+
+TEST_F(SoundTest, aServerThatHangsKeepsNobodyWaiting)
+{
+    startServer();
+    server->sendSignal(SIGSTOP);
+    {
+        LinuxSoundPlayer player(QStringLiteral(VANTRY_SOUND_PROGRAM), { QStringLiteral(VANTRY_SOUNDS) });
+        for (int i = 0; i < LinuxSoundPlayer::maximumAtOnce + 2; ++i)
+            player.playNamed(u"Glass"_s);
+        EXPECT_EQ(player.playing(), LinuxSoundPlayer::maximumAtOnce);
+    }
+    server->sendSignal(SIGCONT);
+    EXPECT_TRUE(eventually([&] { return playing() == 0; }));
 }
 
 TEST_F(SoundTest, aServerThatComesBackIsUsed)

@@ -92,7 +92,8 @@ private:
     void playSamples(const QAudioFormat &format)
     {
         m_samples.open(QBuffer::ReadOnly);
-        m_sink = std::make_unique<QAudioSink>(format);
+        // Left to itself, the sink takes the first device that there is.
+        m_sink = std::make_unique<QAudioSink>(QMediaDevices::defaultAudioOutput(), format);
         QObject::connect(m_sink.get(), &QAudioSink::stateChanged, [this](QAudio::State state) {
             if (state == QAudio::IdleState && m_samples.atEnd())
                 end();
