@@ -4,13 +4,14 @@ import Vantry.Panels
 import Vantry.Style
 
 /// The expanded notch: the panel, in its text scale, on black.
-Item {
+FocusScope {
     id: root
 
     required property NotchViewModel viewModel
 
     implicitWidth: panel.implicitWidth * Tokens.textScale
     implicitHeight: panel.implicitHeight * Tokens.textScale
+    focus: true
 
     Rectangle {
         anchors.fill: parent

@@ -4,7 +4,7 @@ import Vantry.Notch
 import Vantry.Style
 
 /// A session that needs the user, and what can be done about it with one press. The whole card is a button.
-T.AbstractButton {
+Item {
     id: root
 
     required property NotchPeekCardModel card
@@ -12,24 +12,32 @@ T.AbstractButton {
 
     implicitWidth: 300
     implicitHeight: 52
-    hoverEnabled: true
-    focusPolicy: Qt.NoFocus
     LayoutMirroring.enabled: false
     LayoutMirroring.childrenInherit: true
     Accessible.role: Accessible.AlertMessage
     Accessible.name: card.accessibleText
-    Accessible.onPressAction: clicked()
-    onClicked: card.tap()
 
-    background: ControlSurface {
-        radius: root.radius
-        hovered: root.hovered && !allow.hovered
-        pressed: root.down
-        restColor: "#000000"
-        border.width: Tokens.borderWidth
-        border.color: Qt.rgba(1, 1, 1, Tokens.highContrast ? 0.6 : 0.12)
+    T.AbstractButton {
+        id: whole
+
+        objectName: "whole"
+        anchors.fill: parent
+        hoverEnabled: true
+        focusPolicy: Qt.NoFocus
+        Accessible.role: Accessible.Button
+        Accessible.name: root.card.accessibleText
+        Accessible.onPressAction: clicked()
+        onClicked: root.card.tap()
+
+        background: ControlSurface {
+            radius: root.radius
+            hovered: whole.hovered && !allow.hovered
+            pressed: whole.down
+            restColor: "#000000"
+            border.width: Tokens.borderWidth
+            border.color: Qt.rgba(1, 1, 1, Tokens.highContrast ? 0.6 : 0.12)
+        }
     }
-
     Symbol {
         id: symbol
 

@@ -68,7 +68,6 @@ void NotchPeekPanel::open(const std::shared_ptr<NotchPeekCardModel> &card, const
         makeView();
     fit();
     m_view->show();
-    m_view->raise();
     setOpen(true);
     Q_EMIT opened();
 }
