@@ -1,6 +1,7 @@
 #include "desktop/support/FakeTray.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
@@ -38,6 +39,11 @@ void FakeTray::leave()
 void FakeTray::comeBack()
 {
     EXPECT_TRUE(m_bus.registerService(watcherName));
+}
+
+bool FakeTray::hasIcon() const
+{
+    return !m_icon.isEmpty() && m_bus.interface()->isServiceRegistered(m_icon);
 }
 
 bool FakeTray::waitForIcon()

@@ -26,6 +26,8 @@ public:
     void leave();
     void comeBack();
 
+    /// Whether the last icon that was registered is still there.
+    [[nodiscard]] bool hasIcon() const;
     /// Waits until an icon is registered.
     [[nodiscard]] bool waitForIcon();
     /// A property of the icon's.
