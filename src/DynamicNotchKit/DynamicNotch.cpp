@@ -36,7 +36,13 @@ DynamicNotch::DynamicNotch(const Surroundings &surroundings, const Contents &con
     connect(m_surface.get(), &NotchSurface::neededWindowSizeChanged, this, &DynamicNotch::fitWindow);
 }
 
-DynamicNotch::~DynamicNotch() = default;
+DynamicNotch::~DynamicNotch()
+{
+    // A window finishes what it is making before it goes; nobody listens any more.
+    m_surface->disconnect(this);
+    m_closedPanels.clear();
+    m_panel.reset();
+}
 
 void DynamicNotch::expand(const ScreenInfo &screen, Done done)
 {

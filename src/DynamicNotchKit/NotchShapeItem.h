@@ -1,12 +1,14 @@
 #pragma once
 
-#include <QQuickPaintedItem>
+#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace vantry {
 
-/// The notch, in black, as large as the item. Main thread only.
-class NotchShapeItem : public QQuickPaintedItem
+/// The notch, in black, as large as the item, which stands on whole pixels of the display. It is put together from
+/// plain rectangles and small pictures of its corners, so that changing its size costs no memory and little time. Main
+/// thread only.
+class NotchShapeItem : public QQuickItem
 {
     Q_OBJECT
     QML_ELEMENT
@@ -21,10 +23,12 @@ public:
     [[nodiscard]] double bottomCornerRadius() const { return m_bottomCornerRadius; }
     void setBottomCornerRadius(double radius);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void changed();
+
+protected:
+    QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
+    void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
 private:
     double m_topCornerRadius { 0 };

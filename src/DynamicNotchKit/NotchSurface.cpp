@@ -28,6 +28,7 @@ void NotchSurface::begin(const Stage &stage)
     m_layout = { .style = stage.style, .notchSize = stage.notchSize, .screenSize = stage.screenSize };
     m_leadingContentWidth = 0;
     m_trailingContentWidth = 0;
+    m_expandedContentSize = {};
     m_isKey = false;
     m_isHoveredStronger = false;
     m_motion.jumpTo(notchForm(m_layout));
@@ -133,13 +134,12 @@ double NotchSurface::formerBottomCornerRadius() const
     return m_motion.formerForm() ? m_motion.formerForm()->bottomCornerRadius : 0;
 }
 
-QRectF NotchSurface::clipRect() const
+QRectF NotchSurface::contentClip() const
 {
-    // While the shape is larger or smaller than what it holds, nothing of that stands over its rounded corners.
-    const double side = isExpanded() || form().expansion > 0 ? contentSideInset(m_layout.style) : 0;
-    const double bottom = isExpanded() || form().expansion > 0 ? contentBottomInset : 0;
+    const double side = contentSideInset(m_layout.style);
     const QRectF rect = shapeRect();
-    return { rect.x() + side, rect.y(), std::max(0.0, rect.width() - 2 * side), std::max(0.0, rect.height() - bottom) };
+    return { rect.x() + side, rect.y(), std::max(0.0, rect.width() - 2 * side),
+             std::max(0.0, rect.height() - contentBottomInset) };
 }
 
 QRectF NotchSurface::expandedRect() const
@@ -201,16 +201,19 @@ void NotchSurface::setTrailingContentWidth(double width)
 
 void NotchSurface::setExpandedContentSize(const QSizeF &size)
 {
-    m_layout.expandedContentSize = size;
+    m_expandedContentSize = size;
     measured();
 }
 
 void NotchSurface::measured()
 {
+    const NotchForm before = notchForm(m_layout);
+    m_layout.expandedContentSize = m_expandedContentSize;
     m_layout.compactLeadingWidth = m_isLeadingDisabled ? 0 : m_leadingContentWidth;
     m_layout.compactTrailingWidth = m_isTrailingDisabled ? 0 : m_trailingContentWidth;
-    if (!m_isChangingState)
-        goTo(notchForm(m_layout), compactWidthAnimation);
+    // A motion to a form that stays as it is goes on undisturbed.
+    if (const NotchForm form = notchForm(m_layout); form != before && !m_isChangingState)
+        goTo(form, compactWidthAnimation);
     Q_EMIT neededWindowSizeChanged();
     Q_EMIT changed();
 }

@@ -34,8 +34,9 @@ class NotchSurface final : public QObject
     Q_PROPERTY(double formerTopCornerRadius READ formerTopCornerRadius NOTIFY changed)
     Q_PROPERTY(double formerBottomCornerRadius READ formerBottomCornerRadius NOTIFY changed)
     Q_PROPERTY(double formerOpacity READ formerOpacity NOTIFY changed)
-    /// What shows of the contents.
-    Q_PROPERTY(QRectF clipRect READ clipRect NOTIFY changed)
+    /// What shows of the expanded content: while the shape is larger or smaller than what it holds, nothing of that
+    /// stands over its rounded corners.
+    Q_PROPERTY(QRectF contentClip READ contentClip NOTIFY changed)
     Q_PROPERTY(QRectF expandedRect READ expandedRect NOTIFY changed)
     Q_PROPERTY(double expandedOpacity READ expandedOpacity NOTIFY changed)
     Q_PROPERTY(double expandedScale READ expandedScale NOTIFY changed)
@@ -103,7 +104,7 @@ public:
     [[nodiscard]] double formerTopCornerRadius() const;
     [[nodiscard]] double formerBottomCornerRadius() const;
     [[nodiscard]] double formerOpacity() const { return m_motion.formerOpacity(); }
-    [[nodiscard]] QRectF clipRect() const;
+    [[nodiscard]] QRectF contentClip() const;
     [[nodiscard]] QRectF expandedRect() const;
     [[nodiscard]] double expandedOpacity() const;
     [[nodiscard]] double expandedScale() const;
@@ -118,7 +119,7 @@ public:
     void setLeadingContentWidth(double width);
     [[nodiscard]] double trailingContentWidth() const { return m_trailingContentWidth; }
     void setTrailingContentWidth(double width);
-    [[nodiscard]] QSizeF expandedContentSize() const { return m_layout.expandedContentSize; }
+    [[nodiscard]] QSizeF expandedContentSize() const { return m_expandedContentSize; }
     void setExpandedContentSize(const QSizeF &size);
     [[nodiscard]] QUrl expandedSource() const { return m_contents.expanded.source; }
     [[nodiscard]] QVariantMap expandedProperties() const { return m_contents.expanded.properties; }
@@ -153,6 +154,7 @@ private:
     double m_pixelRatio { 1 };
     double m_leadingContentWidth { 0 };
     double m_trailingContentWidth { 0 };
+    QSizeF m_expandedContentSize;
     bool m_isLeadingDisabled { false };
     bool m_isTrailingDisabled { false };
     bool m_isKey { false };

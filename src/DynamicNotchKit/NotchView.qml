@@ -36,20 +36,30 @@ Item {
     Item {
         id: contents
 
-        x: root.surface.clipRect.x
-        y: root.surface.clipRect.y
-        width: root.surface.clipRect.width
-        height: root.surface.clipRect.height
+        x: root.surface.contentClip.x
+        y: root.surface.contentClip.y
+        width: root.surface.contentClip.width
+        height: root.surface.contentClip.height
         clip: true
 
         ExpandedContent {
             surface: root.surface
             origin: Qt.point(contents.x, contents.y)
         }
+    }
+    Item {
+        id: sides
+
+        x: root.surface.shapeRect.x
+        y: root.surface.shapeRect.y
+        width: root.surface.shapeRect.width
+        height: root.surface.shapeRect.height
+        clip: true
+
         CompactContent {
             surface: root.surface
             area: root.surface.leadingRect
-            origin: Qt.point(contents.x, contents.y)
+            origin: Qt.point(sides.x, sides.y)
             source: root.surface.leadingSource
             properties: root.surface.leadingProperties
             onContentSizeChanged: root.surface.leadingContentWidth = contentSize.width
@@ -57,7 +67,7 @@ Item {
         CompactContent {
             surface: root.surface
             area: root.surface.trailingRect
-            origin: Qt.point(contents.x, contents.y)
+            origin: Qt.point(sides.x, sides.y)
             source: root.surface.trailingSource
             properties: root.surface.trailingProperties
             onContentSizeChanged: root.surface.trailingContentWidth = contentSize.width

@@ -187,6 +187,21 @@ TEST_F(DynamicNotchPanelTest, givesItsContentItsPropertiesAndItsSize)
     EXPECT_EQ(expandedItem()->mapToScene({}), QPointF(panel()->width() / 2 - 100, 28));
 }
 
+TEST_F(DynamicNotchPanelTest, canGoWhileItsContentIsBeingMade)
+{
+    notch->compact(screenWithNotch());
+    notch.reset();
+    make({});
+    notch->compact(screenWithNotch());
+    QCoreApplication::processEvents();
+    notch.reset();
+    make({});
+    notch->compact(screenWithNotch());
+    notch->hide();
+    pass(1s);
+    notch->compact(screenWithNotch());
+}
+
 TEST_F(DynamicNotchPanelTest, worksWithoutContents)
 {
     contents = {};

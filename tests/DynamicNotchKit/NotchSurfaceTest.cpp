@@ -54,7 +54,7 @@ TEST_F(NotchSurfaceTest, keepsItsContentClearOfTheRoundedCorners)
     for (int i = 0; i < 60; ++i) {
         clock.advance(0.016s);
         surface.advance();
-        const QRectF clip = surface.clipRect();
+        const QRectF clip = surface.contentClip();
         if (clip.isEmpty())
             continue;
         const QRect pixels = clip.toRect();
@@ -94,6 +94,20 @@ TEST_F(NotchSurfaceTest, showsTheCompactSidesOrTheContentButNeverBothInFull)
     show(hidden);
     EXPECT_EQ(surface.compactOpacity(), 0);
     EXPECT_EQ(surface.expandedOpacity(), 0);
+}
+
+TEST_F(NotchSurfaceTest, goesOnAsItWasWhenSomethingIsMeasuredThatItDoesNotShow)
+{
+    show(compact);
+    surface.setState(expanded, { 0.4, 0.7 });
+    clock.advance(0.1s);
+    surface.advance();
+    surface.setLeadingContentWidth(40);
+    surface.setExpandedContentSize({ 390, 420 });
+    clock.advance(0.1s);
+    surface.advance();
+    const auto alone = Spring::motionAfter(0.2s, { 28 - 456, 0 }, { 0.4, 0.7 });
+    EXPECT_NEAR(surface.form().height, 456 + alone.displacement, 1e-6);
 }
 
 TEST_F(NotchSurfaceTest, rests)

@@ -2,6 +2,7 @@
 
 #include "gallery/ChatPictures.h"
 #include "gallery/NotchPictures.h"
+#include "gallery/NotchSurfacePictures.h"
 #include "sessions/GitRepositories.h"
 
 #include <QDir>
@@ -327,6 +328,7 @@ const std::vector<Picture> &pictures()
         addDialogPictures(list);
         addChatPictures(list);
         addNotchPictures(list);
+        addNotchSurfacePictures(list);
         addVariants(list);
         return list;
     }();
