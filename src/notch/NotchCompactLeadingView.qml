@@ -40,7 +40,7 @@ NotchCompactSide {
         visible: root.waits
         name: root.viewModel.glyph === NotchViewModel.Permission ? "exclamationmark" : "questionmark"
         // The symbol itself is a part of its square.
-        size: 14
+        size: 16
         color: Theme.accent
         opacity: root.pulses ? PulseClock.opacity : 1
     }

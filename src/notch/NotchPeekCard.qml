@@ -38,6 +38,23 @@ Item {
             border.color: Qt.rgba(1, 1, 1, Tokens.highContrast ? 0.6 : 0.12)
         }
     }
+    // Without a tooltip: in a window that is no larger than the card it would cover "Allow".
+    component Line: Text {
+        property textStyle textStyle
+
+        width: parent.width
+        font: textStyle.font
+        lineHeightMode: Text.FixedHeight
+        lineHeight: textStyle.lineHeight
+        topPadding: textStyle.leading
+        bottomPadding: -textStyle.leading
+        textFormat: Text.PlainText
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignLeft
+        maximumLineCount: 1
+        Accessible.ignored: true
+    }
+
     Symbol {
         id: symbol
 
@@ -55,19 +72,15 @@ Item {
         anchors.rightMargin: Tokens.sp12
         anchors.verticalCenter: parent.verticalCenter
 
-        Label {
-            width: parent.width
+        Line {
             text: root.card.name
             textStyle: Tokens.row
             color: "#FFFFFF"
-            Accessible.ignored: true
         }
-        Label {
-            width: parent.width
+        Line {
             text: root.card.status
             textStyle: Tokens.meta
             color: Theme.text2
-            Accessible.ignored: true
         }
     }
     T.AbstractButton {
