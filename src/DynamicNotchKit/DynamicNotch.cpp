@@ -166,7 +166,6 @@ void DynamicNotch::fitWindow()
 
 void DynamicNotch::setState(DynamicNotchState state, const SpringAnimation &animation)
 {
-    const bool wasHidden = m_state == DynamicNotchState::hidden;
     m_state = state;
     if (state == DynamicNotchState::expanded)
         m_panel->dropKeysUntil(m_surroundings.clock.monotonicNow() + deafAfterExpanding);
@@ -176,7 +175,8 @@ void DynamicNotch::setState(DynamicNotchState state, const SpringAnimation &anim
     m_surface->setState(state, animation);
     const QPointer<DynamicNotch> self(this);
     Q_EMIT stateChanged();
-    if (self && wasHidden)
+    // What was told of a former window, or kept back while this was hidden, is made good.
+    if (self && m_state != DynamicNotchState::hidden)
         setHovering(m_isPointerInside);
 }
 

@@ -140,6 +140,17 @@ TEST_F(DynamicNotchTest, buildsANewWindowOnAnotherScreen)
     EXPECT_EQ(done, 1);
 }
 
+TEST_F(DynamicNotchTest, isNoLongerHoveredWhereItHasLeft)
+{
+    notch->compact(screen);
+    pass(1s);
+    movePointer(notchCentre());
+    notch->expand(secondScreen);
+    EXPECT_FALSE(notch->isHovering());
+    pass(1s);
+    EXPECT_EQ(hovers, (QList { true, false }));
+}
+
 TEST_F(DynamicNotchTest, buildsANewWindowOnAScreenThatHasChanged)
 {
     notch->compact(screen);
