@@ -59,6 +59,7 @@ void AppDelegate::applicationWillTerminate()
 {
     m_httpServer.stop();
     m_pendingPermissions.cleanup();
+    m_telegramService.cancelPolling();
     m_transcriptReader.reset();
     closeStore();
     m_livenessTimer.cancel();
@@ -70,6 +71,11 @@ void AppDelegate::applicationWillTerminate()
 void AppDelegate::quitApp()
 {
     QCoreApplication::quit();
+}
+
+void AppDelegate::toggleTelegramPause()
+{
+    m_telegramService.setPaused(!m_telegramService.isPaused());
 }
 
 void AppDelegate::openSettings()
@@ -170,7 +176,8 @@ PanelServices AppDelegate::panelServices()
              .scheduler = m_ports.scheduler,
              .defaults = m_defaults,
              .log = m_log.general(),
-             .home = m_paths.home };
+             .home = m_paths.home,
+             .telegramService = &m_telegramService };
 }
 
 SessionCallbacks AppDelegate::sessionCallbacks()

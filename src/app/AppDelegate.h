@@ -20,6 +20,7 @@
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
+#include "platform/SecretStore.h"
 #include "platform/SoundPlayer.h"
 #include "platform/TerminalDriver.h"
 #include "sessions/GitFacts.h"
@@ -28,6 +29,7 @@
 #include "sessions/SessionChanges.h"
 #include "sessions/SessionManager.h"
 #include "sessions/SessionStore.h"
+#include "telegram/TelegramService.h"
 #include "terminal/TerminalBridge.h"
 #include "transcripts/TranscriptIndexer.h"
 #include "transcripts/TranscriptReader.h"
@@ -67,7 +69,8 @@ public:
         std::function<std::optional<QString>(const QUrl &)> openUrl {};
         /// Takes the desktop's leave to bring a window forward. Unset: nobody needs it.
         std::function<void(const QString &token)> useActivationToken {};
-        SoundPlayer *sounds { nullptr }; ///< Null: silence.
+        SoundPlayer *sounds { nullptr };  ///< Null: silence.
+        SecretStore *secrets { nullptr }; ///< Null: nothing is kept there.
     };
 
     /// Without a port nothing comes in from outside.
@@ -80,6 +83,8 @@ public:
     void applicationWillTerminate();
     /// Terminates the application.
     void quitApp();
+    /// Ends Telegram's polling, or begins it anew.
+    void toggleTelegramPause();
     /// Opens the settings' window, where there are windows.
     void openSettings();
 
@@ -100,6 +105,7 @@ public:
     [[nodiscard]] SessionManager &sessionManager() { return m_sessionManager; }
     [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
     [[nodiscard]] NotificationService &notificationService() { return m_notificationService; }
+    [[nodiscard]] TelegramService &telegramService() { return m_telegramService; }
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
     [[nodiscard]] Log &log() { return m_log.general(); }
@@ -135,6 +141,8 @@ private:
                                       m_ports.clock, m_log.general() };
     NotificationService m_notificationService { { m_ports.notifications, m_pendingPermissions, m_defaults,
                                                   m_ports.clock } };
+    TelegramService m_telegramService { { m_ports.scheduler, m_ports.mainQueue, m_defaults, m_log.general(),
+                                          m_ports.secrets } };
     std::optional<SoundService> m_soundService;
     TerminalBridge m_terminalBridge;
     SessionActions m_sessionActions { { m_sessionManager, m_pendingPermissions, m_terminalBridge, m_ports.scheduler,

@@ -157,10 +157,11 @@ int runApplication(Console &console)
     const std::unique_ptr<NotificationCentre> notifications =
         hasWindows ? platform::makeNotificationCentre() : std::make_unique<NoNotifications>();
     const auto sounds = hasWindows ? platform::makeSoundPlayer() : nullptr;
+    const auto secrets = platform::makeSecretStore();
     const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
     AppDelegate delegate(paths, { clock, scheduler, mainQueue, *processes, *peers, *endpoint, *terminals.applications,
                                   *terminals.scripts, *notifications, terminals.driverList(), platform::agentHelp,
-                                  platform::openUrl, terminals.useActivationToken, sounds.get() });
+                                  platform::openUrl, terminals.useActivationToken, sounds.get(), secrets.get() });
     // Another data folder has another lock, but there is one name on the bus.
     if (delegate.publishControl() == ControlEndpoint::Publication::NameTaken)
         return showOther() ? exitCode::done : failToReachOther(console);

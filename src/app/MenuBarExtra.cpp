@@ -11,16 +11,37 @@ namespace vantry {
 MenuBarExtra::MenuBarExtra(const Services &services, const Actions &actions)
     : m_services(services)
 {
-    m_services.item.setMenu({ { tr("Show Vantry"), actions.showApp },
-                              {},
-                              { tr("Check for Updates…"), actions.checkForUpdates },
-                              {},
-                              { tr("Quit Vantry"), actions.quitApp } });
+    setMenu(actions);
     connect(&m_services.changes, &SessionChanges::changed, this, &MenuBarExtra::update);
     connect(&m_services.changes, &SessionChanges::removed, this, &MenuBarExtra::update);
     connect(&m_services.appearance, &Appearance::changed, this, &MenuBarExtra::update);
     update();
     m_services.item.setVisible(true);
+}
+
+void MenuBarExtra::setMenu(const Actions &actions)
+{
+    const auto actionOf = [&actions](StatusMenuAction action) -> std::function<void()> {
+        switch (action) {
+        case StatusMenuAction::ShowApp:
+            return actions.showApp;
+        case StatusMenuAction::CheckForUpdates:
+            return actions.checkForUpdates;
+        case StatusMenuAction::ToggleTelegramPause:
+            return actions.toggleTelegramPause;
+        case StatusMenuAction::QuitApp:
+            return actions.quitApp;
+        case StatusMenuAction::None:
+            break;
+        }
+        return {};
+    };
+    QList<StatusMenuItem> menu = statusMenu();
+    menuNeedsUpdate(menu, actions.isTelegramPaused);
+    QList<StatusItem::MenuEntry> entries;
+    for (const StatusMenuItem &item : menu)
+        entries.append({ item.title, actionOf(item.action) });
+    m_services.item.setMenu(entries);
 }
 
 void MenuBarExtra::update()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/StatusIcon.h"
+#include "app/StatusMenu.h"
 #include "platform/StatusItem.h"
 
 #include <QObject>
@@ -33,12 +34,15 @@ public:
         std::function<void()> showApp;
         std::function<void()> checkForUpdates; ///< Unset: there is nothing that could.
         std::function<void()> quitApp;
+        std::function<void()> toggleTelegramPause {};
+        bool isTelegramPaused { false };
     };
 
     /// The icon is shown from now on.
     MenuBarExtra(const Services &services, const Actions &actions);
 
 private:
+    void setMenu(const Actions &actions);
     void update();
     [[nodiscard]] StatusPicture picture(int waiting) const;
 

@@ -17,6 +17,7 @@
 #include "platform/linux/LinuxProcessTable.h"
 #include "platform/linux/LinuxScreens.h"
 #include "platform/linux/LinuxScriptHost.h"
+#include "platform/linux/LinuxSecretStore.h"
 #include "platform/linux/LinuxSessionLock.h"
 #include "platform/linux/LinuxSoundPlayer.h"
 #include "platform/linux/LinuxSpeechRecogniser.h"
@@ -86,6 +87,11 @@ std::unique_ptr<PeerIdentity> makePeerIdentity()
 std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths)
 {
     return std::make_unique<LinuxProcessTable>(paths.dataFolder);
+}
+
+std::unique_ptr<SecretStore> makeSecretStore()
+{
+    return std::make_unique<LinuxSecretStore>();
 }
 
 std::unique_ptr<SoundPlayer> makeSoundPlayer()
@@ -158,6 +164,11 @@ bool hasTray()
 NotificationCentre::Server findNotificationServer()
 {
     return vantry::findNotificationServer();
+}
+
+std::optional<SecretStore::Problem> secretStoreProblem()
+{
+    return LinuxSecretStore::problem();
 }
 
 std::optional<QString> microphoneProblem(const Clock &clock)

@@ -18,6 +18,7 @@
 #include "platform/ProcessTable.h"
 #include "platform/Screens.h"
 #include "platform/ScriptHost.h"
+#include "platform/SecretStore.h"
 #include "platform/SessionLock.h"
 #include "platform/SoundPlayer.h"
 #include "platform/SpeechRecogniser.h"
@@ -56,6 +57,7 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock);
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
+[[nodiscard]] std::unique_ptr<SecretStore> makeSecretStore();
 /// These two need the application object, whose folder tells where what they start is.
 [[nodiscard]] std::unique_ptr<SpeechRecogniser> makeSpeechRecogniser();
 [[nodiscard]] std::unique_ptr<SoundPlayer> makeSoundPlayer();
@@ -72,6 +74,8 @@ struct Terminals
 [[nodiscard]] bool hasTray();
 /// Who shows notifications on this desktop. Waits for the answer, a second or two at most.
 [[nodiscard]] NotificationCentre::Server findNotificationServer();
+/// What keeps secrets from being kept, if anything. Waits for the answer, some seconds at most.
+[[nodiscard]] std::optional<SecretStore::Problem> secretStoreProblem();
 /// Why nobody could be listened to, if so. Waits for the audio server, some seconds at most.
 [[nodiscard]] std::optional<QString> microphoneProblem(const Clock &clock);
 /// What is missing for recognising speech, if anything. Runs a program; needs the application object.

@@ -18,9 +18,12 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
     , m_makePanel(std::move(makePanel))
     , m_appearance(ports.preferences)
     , m_windows(ports.overlays)
-    , m_menuBarExtra(
-          { ports.statusItem, delegate.sessionManager(), delegate.sessionChanges(), m_appearance },
-          { .showApp = [this] { showApp(); }, .checkForUpdates = {}, .quitApp = [this] { m_delegate.quitApp(); } })
+    , m_menuBarExtra({ ports.statusItem, delegate.sessionManager(), delegate.sessionChanges(), m_appearance },
+                     { .showApp = [this] { showApp(); },
+                       .checkForUpdates = {},
+                       .quitApp = [this] { m_delegate.quitApp(); },
+                       .toggleTelegramPause = [this] { m_delegate.toggleTelegramPause(); },
+                       .isTelegramPaused = delegate.telegramService().isPaused() })
     , m_notch({ .engine = [this]() -> QQmlEngine & { return engine(); },
                 .appearance = m_appearance,
                 .overlays = ports.overlays,

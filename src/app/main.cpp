@@ -88,7 +88,8 @@ public:
                                     platform::findNotificationServer(),
                                     platform::makeSoundPlayer()->problem(),
                                     platform::microphoneProblem(m_clock),
-                                    platform::speechProblem() });
+                                    platform::speechProblem(),
+                                    platform::secretStoreProblem() });
         return printDoctor(doctor, checks.all(), m_console);
     }
     int operator()(const command::Show &) { return runShow(*client(), m_console); }

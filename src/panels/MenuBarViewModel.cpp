@@ -1,5 +1,7 @@
 #include "panels/MenuBarViewModel.h"
 
+#include "telegram/TelegramService.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -40,6 +42,10 @@ MenuBarViewModel::MenuBarViewModel(PanelServices services, SessionCallbacks call
     m_browser.onOpenResult = [this](const RememberedSession &result) { openResult(result); };
     m_picker.onOpenProject = [this](const RecentProject &project) { openProject(project); };
     readSettings();
+    if (m_services.telegramService) {
+        connect(m_services.telegramService, &TelegramService::changed, this, &MenuBarViewModel::readTelegram);
+        readTelegram();
+    }
 }
 
 MenuBarViewModel::~MenuBarViewModel() = default;
@@ -74,6 +80,12 @@ void MenuBarViewModel::setNotificationsOn(bool on)
 void MenuBarViewModel::setSoundsOn(bool on)
 {
     m_services.defaults.setBoolean(soundsKey(), on);
+}
+
+void MenuBarViewModel::setTelegramOn(bool on)
+{
+    if (m_services.telegramService)
+        m_services.telegramService->setPaused(!on);
 }
 
 void MenuBarViewModel::setOverrideWidth(int width)
@@ -309,6 +321,16 @@ void MenuBarViewModel::readSettings()
         Q_EMIT notificationsOnChanged();
     if (std::exchange(m_soundsOn, sounds) != sounds)
         Q_EMIT soundsOnChanged();
+}
+
+void MenuBarViewModel::readTelegram()
+{
+    const bool isConfigured = m_services.telegramService->isConfigured();
+    const bool isOn = !m_services.telegramService->isPaused();
+    const bool wasConfigured = std::exchange(m_telegramConfigured, isConfigured);
+    const bool wasOn = std::exchange(m_telegramOn, isOn);
+    if (isConfigured != wasConfigured || isOn != wasOn)
+        Q_EMIT telegramChanged();
 }
 
 } // namespace vantry

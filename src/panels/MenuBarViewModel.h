@@ -43,6 +43,8 @@ class MenuBarViewModel final : public QObject
     Q_PROPERTY(QString activeText READ activeText NOTIFY activeCountChanged)
     Q_PROPERTY(bool notificationsOn READ notificationsOn WRITE setNotificationsOn NOTIFY notificationsOnChanged)
     Q_PROPERTY(bool soundsOn READ soundsOn WRITE setSoundsOn NOTIFY soundsOnChanged)
+    Q_PROPERTY(bool telegramConfigured READ telegramConfigured NOTIFY telegramChanged)
+    Q_PROPERTY(bool telegramOn READ telegramOn WRITE setTelegramOn NOTIFY telegramChanged)
     Q_PROPERTY(int overrideWidth READ overrideWidth WRITE setOverrideWidth NOTIFY panelSizeChanged)
     Q_PROPERTY(int overrideHeight READ overrideHeight WRITE setOverrideHeight NOTIFY panelSizeChanged)
     Q_PROPERTY(int panelWidth READ panelWidth NOTIFY panelSizeChanged)
@@ -79,6 +81,10 @@ public:
     void setNotificationsOn(bool on);
     [[nodiscard]] bool soundsOn() const { return m_soundsOn; }
     void setSoundsOn(bool on);
+    /// Whether there is a bot that could be polled, and whether it is, unless it is paused.
+    [[nodiscard]] bool telegramConfigured() const { return m_telegramConfigured; }
+    [[nodiscard]] bool telegramOn() const { return m_telegramOn; }
+    void setTelegramOn(bool on);
 
     // In logical pixels at text scale 1. An override replaces the panel's own size; 0: none.
     [[nodiscard]] int overrideWidth() const { return m_overrideWidth; }
@@ -104,6 +110,7 @@ Q_SIGNALS:
     void activeCountChanged();
     void notificationsOnChanged();
     void soundsOnChanged();
+    void telegramChanged();
     void panelSizeChanged();
     void closeRequested();
 
@@ -128,6 +135,7 @@ private:
     void takeLaunchedSession(const SessionPtr &session);
     [[nodiscard]] SessionPtr aliveSession(const QString &sessionID) const;
     void readSettings();
+    void readTelegram();
 
     const PanelServices m_services;
     const SessionCallbacks m_callbacks;
@@ -149,6 +157,8 @@ private:
     std::vector<std::unique_ptr<QObject>> m_retired;
     bool m_notificationsOn { true };
     bool m_soundsOn { true };
+    bool m_telegramConfigured { false };
+    bool m_telegramOn { true };
     int m_overrideWidth { 0 };
     int m_overrideHeight { 0 };
 };

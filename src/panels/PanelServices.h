@@ -19,6 +19,7 @@
 namespace vantry {
 
 class DictationService;
+class TelegramService;
 
 /// What the view models of the panel work with. All of it must outlive them; and since the tasks of `workers` use
 /// `git`, the pool must end before that does.
@@ -35,7 +36,8 @@ struct PanelServices
     Scheduler &scheduler;
     Defaults &defaults;
     Log &log;
-    QString home; ///< The user's home directory.
+    QString home;                                 ///< The user's home directory.
+    TelegramService *telegramService { nullptr }; ///< Null: there is none.
     /// Makes one for whoever takes dictation. Unset: nobody does.
     std::function<std::unique_ptr<DictationService>()> makeDictation {};
 };

@@ -40,7 +40,33 @@ FocusScope {
             text: root.model.soundsOn ? qsTr("Turn sounds off") : qsTr("Turn sounds on")
             color: root.model.soundsOn ? Theme.text2 : Theme.text3
             onClicked: root.model.soundsOn = !root.model.soundsOn
+            Keys.onTabPressed: event => {
+                event.accepted = !telegram.visible;
+                if (event.accepted)
+                    list.focusNewSession();
+            }
+        }
+
+        IconButton {
+            id: telegram
+
+            symbol: "telegram"
+            text: root.model.telegramOn ? qsTr("Pause Telegram") : qsTr("Resume Telegram")
+            color: root.model.telegramOn ? Theme.text2 : Theme.text3
+            visible: root.model.telegramConfigured
+            onClicked: root.model.telegramOn = !root.model.telegramOn
             Keys.onTabPressed: list.focusNewSession()
+
+            // The symbol has no struck form of its own.
+            Rectangle {
+                anchors.centerIn: parent
+                width: telegram.symbolSize + Tokens.sp4
+                height: Tokens.sp2
+                rotation: 45
+                visible: !root.model.telegramOn
+                color: telegram.color
+                antialiasing: true
+            }
         }
     }
 
@@ -56,7 +82,7 @@ FocusScope {
         onNewSessionRequested: root.model.openSessionBrowser(false)
         onOpened: sessionID => root.model.openChat(sessionID)
         onMenuRequested: (sessionID, item, position) => menu.openFor(sessionID, item, position)
-        onTabbedOut: forward => (forward ? search : sounds).forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason)
+        onTabbedOut: forward => (forward ? search : telegram.visible ? telegram : sounds).forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason)
     }
 
     EmptyState {

@@ -7,6 +7,7 @@
 #include "support/FakeNotificationCentre.h"
 #include "support/FakePeerIdentity.h"
 #include "support/FakeProcessTable.h"
+#include "support/FakeSecretStore.h"
 #include "support/FakeSoundPlayer.h"
 #include "support/FakeTerminalDriver.h"
 #include "support/ManualMainQueue.h"
@@ -50,6 +51,7 @@ protected:
         AppDelegate::Ports ports { clock,    scheduler,    mainQueue, processes,     peers,
                                    endpoint, applications, scripts,   notifications, { &terminal } };
         ports.sounds = &sounds;
+        ports.secrets = &secrets;
         ports.useActivationToken = [this](const QString &token) { activationTokens.append(token); };
         ports.openUrl = [this](const QUrl &url) { return openUrl(url); };
         return ports;
@@ -118,6 +120,7 @@ protected:
     test::RecordingScriptHost scripts;
     test::FakeNotificationCentre notifications;
     test::FakeSoundPlayer sounds;
+    test::FakeSecretStore secrets;
     QStringList activationTokens;
     test::FakeTerminalDriver terminal;
     std::optional<AppDelegate> delegate;
@@ -349,6 +352,44 @@ TEST_F(AppDelegateTest, endsInItsOrder)
     EXPECT_EQ(heldRequests(), 0);
     EXPECT_EQ(scheduler.activeTimers(), 0U);
     EXPECT_EQ(endpoint.withdrawals, 1);
+}
+
+TEST_F(AppDelegateTest, telegramBeginsEachStartWithoutItsSettings)
+{
+    EXPECT_EQ(secrets.calls, (QStringList { u"telegram_bot_token="_s, u"telegram_chat_id="_s }));
+    EXPECT_FALSE(delegate->defaults().boolean(u"telegram_paused"_s, true));
+    EXPECT_FALSE(delegate->telegramService().isConfigured());
+}
+
+TEST_F(AppDelegateTest, telegramHasNoCallbacks)
+{
+    launch();
+    const TelegramService &telegram = delegate->telegramService();
+    EXPECT_FALSE(telegram.onReply || telegram.onAllow || telegram.onAnswerQuestion || telegram.onNewSession ||
+                 telegram.onTopicCreated || telegram.sessionProvider);
+    EXPECT_EQ(delegate->panelServices().telegramService, &telegram);
+}
+
+TEST_F(AppDelegateTest, telegramIsPausedAndPollsUntilTheEnd)
+{
+    launch();
+    TelegramService &telegram = delegate->telegramService();
+    telegram.setBotToken(u"1 2"_s); // Which makes no address.
+    telegram.setChatID(u"7"_s);
+    EXPECT_TRUE(telegram.isPolling());
+    delegate->toggleTelegramPause();
+    EXPECT_TRUE(telegram.isPaused());
+    EXPECT_FALSE(telegram.isPolling());
+    EXPECT_TRUE(delegate->defaults().boolean(u"telegram_paused"_s, false));
+    delegate->toggleTelegramPause();
+    EXPECT_TRUE(telegram.isPolling());
+    mainQueue.drainAll(); // It waits for its next poll.
+
+    delegate->applicationWillTerminate();
+
+    EXPECT_FALSE(telegram.isPolling());
+    EXPECT_EQ(scheduler.activeTimers(), 0U);
+    EXPECT_EQ(telegram.botToken(), u"1 2"_s);
 }
 
 TEST_F(AppDelegateTest, bringsLiveSessionsBackAtTheNextStart)

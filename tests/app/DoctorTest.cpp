@@ -73,10 +73,26 @@ TEST_F(Doctor, looksAtEverythingOnce)
     for (const DoctorCheck &check : checks.all())
         names.append(check.name);
 
-    EXPECT_EQ(names, (QStringList { u"application"_s, u"listener"_s, u"session bus"_s, u"hook"_s, u"python3"_s,
-                                    u"agent"_s, u"git"_s, u"database"_s, u"data folder"_s, u"log"_s, u"peer identity"_s,
-                                    u"display"_s, u"tray"_s, u"notch"_s, u"notifications"_s, u"sound"_s,
-                                    u"microphone"_s, u"speech recognition"_s, u"terminals"_s }));
+    EXPECT_EQ(names, (QStringList { u"application"_s,
+                                    u"listener"_s,
+                                    u"session bus"_s,
+                                    u"hook"_s,
+                                    u"python3"_s,
+                                    u"agent"_s,
+                                    u"git"_s,
+                                    u"database"_s,
+                                    u"data folder"_s,
+                                    u"log"_s,
+                                    u"peer identity"_s,
+                                    u"display"_s,
+                                    u"tray"_s,
+                                    u"notch"_s,
+                                    u"notifications"_s,
+                                    u"sound"_s,
+                                    u"microphone"_s,
+                                    u"speech recognition"_s,
+                                    u"secret service"_s,
+                                    u"terminals"_s }));
 }
 
 TEST_F(Doctor, givesAdviceOnWhatIsNotInOrderOnly)

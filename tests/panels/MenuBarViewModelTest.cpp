@@ -1,6 +1,7 @@
 #include "panels/MenuBarViewModel.h"
 
 #include "panels/PanelFixture.h"
+#include "telegram/TelegramService.h"
 
 #include <QPointer>
 
@@ -87,6 +88,37 @@ TEST_F(MenuBarViewModelTest, switchesWriteTheirSettings)
     EXPECT_FALSE(panel.soundsOn()) << "also when they are changed elsewhere";
     panel.setSoundsOn(true);
     EXPECT_TRUE(defaults.boolean(u"sounds_enabled"_s, false));
+}
+
+TEST_F(MenuBarViewModelTest, telegramIsPausedOnceItIsConfigured)
+{
+    TelegramService telegram({ scheduler, mainQueue, defaults, log }, u"nowhere"_s);
+    PanelServices given = services();
+    given.telegramService = &telegram;
+    MenuBarViewModel model(given, callbacks());
+    int told = 0;
+    QObject::connect(&model, &Model::telegramChanged, &model, [&] { ++told; });
+
+    EXPECT_FALSE(model.telegramConfigured());
+    telegram.setBotToken(u"1:a"_s);
+    EXPECT_FALSE(model.telegramConfigured());
+    telegram.setChatID(u"7"_s);
+    EXPECT_TRUE(model.telegramConfigured());
+    EXPECT_TRUE(model.telegramOn());
+    model.setTelegramOn(false);
+    EXPECT_FALSE(model.telegramOn());
+    EXPECT_TRUE(telegram.isPaused());
+    EXPECT_FALSE(telegram.isPolling());
+    telegram.setPaused(false);
+    EXPECT_TRUE(model.telegramOn()) << "also when it is changed elsewhere";
+    telegram.setSessionTopics({ { u"s"_s, 1 } });
+    EXPECT_EQ(told, 3) << "what the panel doesn't show is not told";
+}
+
+TEST_F(MenuBarViewModelTest, withoutTelegramThereIsNothingToPause)
+{
+    panel.setTelegramOn(false);
+    EXPECT_FALSE(panel.telegramConfigured());
 }
 
 TEST_F(MenuBarViewModelTest, settingsAndQuitAreTheApplications)

@@ -9,6 +9,7 @@
 #include "platform/ListeningPorts.h"
 #include "platform/NotificationCentre.h"
 #include "platform/PeerIdentity.h"
+#include "platform/SecretStore.h"
 #include "platform/SoundPlayer.h"
 #include "platform/TerminalDriver.h"
 
@@ -57,6 +58,7 @@ public:
         std::optional<SoundPlayer::Problem> soundProblem {};
         std::optional<QString> microphoneProblem {}; ///< Why there is none, if so.
         std::optional<QString> speechProblem {};     ///< What is missing for recognising speech, if anything.
+        std::optional<SecretStore::Problem> secretStoreProblem {};
     };
 
     explicit DoctorChecks(const Surroundings &surroundings)
@@ -81,6 +83,7 @@ public:
     [[nodiscard]] DoctorCheck notch() const;
     [[nodiscard]] DoctorCheck microphone() const;
     [[nodiscard]] DoctorCheck speech() const;
+    [[nodiscard]] DoctorCheck secretService() const;
     [[nodiscard]] DoctorCheck notifications() const;
     [[nodiscard]] DoctorCheck sound() const;
     /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that

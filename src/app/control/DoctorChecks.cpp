@@ -130,7 +130,7 @@ QList<DoctorCheck> DoctorChecks::all() const
 {
     return QList { application(), listener(), sessionBus(),   hook(),    python(), agent(), git(),          database(),
                    dataFolder(),  log(),      peerIdentity(), display(), tray(),   notch(), notifications() } +
-           QList { sound(), microphone(), speech() } + terminals();
+           QList { sound(), microphone(), speech(), secretService() } + terminals();
 }
 
 DoctorCheck DoctorChecks::application() const
@@ -403,6 +403,14 @@ DoctorCheck DoctorChecks::speech() const
     if (problem)
         check.advice = u"Install the packages \"libpocketsphinx3\" and \"pocketsphinx-en-us\""_s;
     return check;
+}
+
+DoctorCheck DoctorChecks::secretService() const
+{
+    const auto &problem = m_surroundings.secretStoreProblem;
+    if (!problem)
+        return { .name = u"secret service"_s, .ok = true, .detail = u"The desktop keeps secrets"_s };
+    return { .name = u"secret service"_s, .detail = problem->detail, .advice = problem->advice };
 }
 
 QList<DoctorCheck> DoctorChecks::terminals() const
