@@ -1,5 +1,6 @@
 #include "app/demo/Demo.h"
 
+#include "app/DisplayMode.h"
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
 
@@ -159,6 +160,11 @@ TEST_F(DemoTest, aLaunchedAgentComesToLife)
 
     ASSERT_TRUE(named(u"fieldnotes"_s));
     EXPECT_EQ(named(u"fieldnotes"_s)->cwd(), folder);
+}
+
+TEST_F(DemoTest, showsTheNotchBesideTheIcon)
+{
+    EXPECT_EQ(displayMode(demo.delegate().defaults()), DisplayMode::both);
 }
 
 TEST_F(DemoTest, oldConversationsAreFoundAndEverythingStaysInTheScratchFolder)

@@ -13,13 +13,91 @@
 #include <xcb/xcb.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <memory>
+#include <string_view>
 
 namespace vantry::test {
 namespace {
 
 using namespace Qt::StringLiterals;
 using ::testing::HasSubstr;
+
+struct Disconnect
+{
+    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+};
+using Server = std::unique_ptr<xcb_connection_t, Disconnect>;
+
+Server connectToServer()
+{
+    return Server(xcb_connect(nullptr, nullptr));
+}
+
+struct Free
+{
+    void operator()(void *memory) const { std::free(memory); }
+};
+template <typename T>
+using Reply = std::unique_ptr<T, Free>;
+
+/// The windows that no window manager has put a frame around.
+class DesktopWindows
+{
+public:
+    /// The one with this title that is on the screen; 0 when there is none.
+    [[nodiscard]] quint64 shown(std::string_view title) const
+    {
+        xcb_connection_t *server = m_server.get();
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
+        const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(server, xcb_query_tree(server, root), nullptr));
+        for (int index = 0; tree && index < xcb_query_tree_children_length(tree.get()); ++index) {
+            const xcb_window_t window = xcb_query_tree_children(tree.get())[index];
+            const auto nameCookie = xcb_get_property(server, 0, window, m_name, XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+            const auto stateCookie = xcb_get_window_attributes(server, window);
+            const Reply<xcb_get_property_reply_t> name(xcb_get_property_reply(server, nameCookie, nullptr));
+            const Reply<xcb_get_window_attributes_reply_t> state(
+                xcb_get_window_attributes_reply(server, stateCookie, nullptr));
+            if (name && state && state->map_state == XCB_MAP_STATE_VIEWABLE &&
+                title == std::string_view(static_cast<const char *>(xcb_get_property_value(name.get())),
+                                          static_cast<std::size_t>(xcb_get_property_value_length(name.get()))))
+                return window;
+        }
+        return 0;
+    }
+
+private:
+    [[nodiscard]] xcb_atom_t nameAtom() const
+    {
+        constexpr std::string_view name = "_NET_WM_NAME";
+        const auto cookie = xcb_intern_atom(m_server.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_server.get(), cookie, nullptr));
+        return reply ? reply->atom : xcb_atom_t { XCB_ATOM_NONE };
+    }
+
+    const Server m_server = connectToServer();
+    const xcb_atom_t m_name = nameAtom();
+};
+
+/// A window that no window manager knows, over the whole screen, as lock screens have it.
+class CoveringWindow
+{
+public:
+    CoveringWindow()
+    {
+        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_server.get())).data;
+        const std::uint32_t overrideRedirect = 1;
+        const xcb_window_t window = xcb_generate_id(m_server.get());
+        xcb_create_window(m_server.get(), XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, screen->width_in_pixels,
+                          screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+        xcb_map_window(m_server.get(), window);
+        xcb_flush(m_server.get());
+    }
+
+private:
+    const Server m_server = connectToServer();
+};
 
 /// The whole program with its notch, on a desktop of the test's own with a terminal that has the focus.
 class NotchShellTest : public ::testing::Test
@@ -54,15 +132,8 @@ protected:
         QFile file(desktop.path(u"home/.local/share/Vantry/debug.log"_s));
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
     }
-    [[nodiscard]] quint64 shownWindow(const QString &title) const
-    {
-        const QString pattern = u'^' + title + u'$';
-        return desktop.outputOf(u"xdotool"_s, { u"search"_s, u"--onlyvisible"_s, u"--name"_s, pattern })
-            .section(u'\n', 0, 0)
-            .toULongLong();
-    }
-    [[nodiscard]] quint64 notch() const { return shownWindow(u"Vantry Notch"_s); }
-    [[nodiscard]] quint64 card() const { return shownWindow(u"Vantry Card"_s); }
+    [[nodiscard]] quint64 notch() const { return desktopWindows.shown("Vantry Notch"); }
+    [[nodiscard]] quint64 card() const { return desktopWindows.shown("Vantry Card"); }
     [[nodiscard]] bool waitForNotch() const
     {
         return FakeTray::waitFor([this] { return notch() != 0; });
@@ -148,32 +219,9 @@ protected:
     static constexpr QPoint nowhere { 30, 1050 };
 
     Desktop desktop { { .windowManager = true, .bus = true } };
+    const DesktopWindows desktopWindows;
     QProcessEnvironment environment;
     ChildProcess *vantry { nullptr };
-};
-
-/// A window that no window manager knows, over the whole screen, as lock screens have it.
-class CoveringWindow
-{
-public:
-    CoveringWindow()
-    {
-        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_server.get())).data;
-        const std::uint32_t overrideRedirect = 1;
-        const xcb_window_t window = xcb_generate_id(m_server.get());
-        xcb_create_window(m_server.get(), XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, screen->width_in_pixels,
-                          screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                          XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
-        xcb_map_window(m_server.get(), window);
-        xcb_flush(m_server.get());
-    }
-
-private:
-    struct Disconnect
-    {
-        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-    };
-    std::unique_ptr<xcb_connection_t, Disconnect> m_server { xcb_connect(nullptr, nullptr) };
 };
 
 TEST_F(NotchShellTest, standsAloneInItsModeAndHidesTheIcon)

@@ -43,6 +43,8 @@ Demo::~Demo() = default;
 
 void Demo::start()
 {
+    // All that there is to be seen.
+    m_delegate.defaults().setString(QStringLiteral("displayMode"), QStringLiteral("both"));
     m_director.prepareMemories();
     m_delegate.applicationDidFinishLaunching();
     m_director.start();

@@ -61,6 +61,8 @@ LinuxFullScreenWatch::LinuxFullScreenWatch(Scheduler &scheduler)
     }
     m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
     makeAtoms();
+    const xcb_query_extension_reply_t *shape = xcb_get_extension_data(m_connection.get(), &xcb_shape_id);
+    m_shapeEvent = shape && shape->present ? shape->first_event : std::uint8_t { 0 };
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_connection.get(), m_root, XCB_CW_EVENT_MASK, &events);
     m_notifier = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_connection.get()), QSocketNotifier::Read);
@@ -126,6 +128,8 @@ void LinuxFullScreenWatch::readEvents()
 
 bool LinuxFullScreenWatch::isOfInterest(const xcb_generic_event_t &event)
 {
+    if (m_shapeEvent != 0 && toolkitX11::kindOf(event) == m_shapeEvent)
+        return true;
     switch (toolkitX11::kindOf(event)) {
     case XCB_PROPERTY_NOTIFY: {
         const auto &change = reinterpret_cast<const xcb_property_notify_event_t &>(event);
@@ -304,9 +308,10 @@ bool LinuxFullScreenWatch::isUnmanagedProgram(xcb_window_t window, int depth) co
                        [&](xcb_window_t child) { return isUnmanagedProgram(child, depth - 1); });
 }
 
-/// A compositor draws into a window over everything, through which all input goes.
+/// A compositor draws into a window over everything, through which all input goes; it may say so only a moment later.
 bool LinuxFullScreenWatch::takesInput(xcb_window_t window) const
 {
+    xcb_shape_select_input(m_connection.get(), window, 1);
     const auto cookie = xcb_shape_get_rectangles(m_connection.get(), window, XCB_SHAPE_SK_INPUT);
     const X11Reply<xcb_shape_get_rectangles_reply_t> reply(
         xcb_shape_get_rectangles_reply(m_connection.get(), cookie, nullptr));

@@ -81,6 +81,7 @@ private:
     Scheduler &m_scheduler;
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection; ///< Null without X11.
     xcb_window_t m_root { XCB_NONE };
+    std::uint8_t m_shapeEvent { 0 }; ///< Number of the server's events about shapes; 0 where there are none.
     std::array<xcb_atom_t, AtomCount> m_atoms {};
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::unordered_set<xcb_window_t> m_watched; ///< Clients whose properties the server tells of.

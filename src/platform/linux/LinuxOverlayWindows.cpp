@@ -268,7 +268,8 @@ bool LinuxOverlayWindows::nativeEventFilter(const QByteArray &eventType, void *m
 
 void LinuxOverlayWindows::selectionOwnerChanged()
 {
-    if (std::exchange(m_hadCompositor, hasCompositor()) == m_hadCompositor)
+    const bool isThere = hasCompositor();
+    if (std::exchange(m_hadCompositor, isThere) == isThere)
         return;
     for (const auto &[window, area] : m_inputAreas) {
         if (window->handle())
