@@ -114,7 +114,7 @@ int main(int argc, char **argv)
     std::vector<double> processor;
     double memory = 0;
     for (int round = 0; round < rounds; ++round) {
-        if (round == 1)
+        if (round == 1) // What the first opening needs is kept on purpose.
             memory = proportionalMegabytes();
         frames = 0;
         const double processorBefore = processorSeconds();

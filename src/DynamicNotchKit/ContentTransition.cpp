@@ -23,7 +23,8 @@ ContentTransition appearing(double opacity, double smallest)
 
 ContentTransition expandedTransition(double expansion)
 {
-    return appearing(ramp(expansion, 0.25, 0.75), 0.96);
+    // Not smaller: text would have to be drawn anew, in letters of another size, for each frame.
+    return appearing(ramp(expansion, 0.25, 0.75), 1);
 }
 
 ContentTransition compactTransition(double compaction, double expansion)

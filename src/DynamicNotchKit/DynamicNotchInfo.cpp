@@ -42,7 +42,7 @@ DynamicNotchInfoLabel DynamicNotchInfoLabel::ofView(const DynamicNotchView &view
     return label;
 }
 
-DynamicNotchInfo::DynamicNotchInfo(const DynamicNotch::Surroundings &surroundings, DynamicNotch::Options options)
+DynamicNotchInfo::DynamicNotchInfo(const DynamicNotch::Surroundings &surroundings, const DynamicNotch::Options &options)
     : m_notch(surroundings, contents(), options)
 {
     m_notch.setDisableCompactLeading(true);

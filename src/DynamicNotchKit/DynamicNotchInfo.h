@@ -68,7 +68,8 @@ class DynamicNotchInfo final : public QObject, public DynamicNotchControllable
 
 public:
     /// The side of a label is disabled while there is none.
-    explicit DynamicNotchInfo(const DynamicNotch::Surroundings &surroundings, DynamicNotch::Options options = {});
+    explicit DynamicNotchInfo(const DynamicNotch::Surroundings &surroundings,
+                              const DynamicNotch::Options &options = {});
 
     void expand(const ScreenInfo &screen, Done done = {}) override;
     void compact(const ScreenInfo &screen, Done done = {}) override;
