@@ -25,6 +25,6 @@ FocusScope {
         scale: Tokens.textScale
         transformOrigin: Item.TopLeft
         focus: true
-        model: root.viewModel.panel
+        model: root.viewModel.panel // qmllint disable
     }
 }
