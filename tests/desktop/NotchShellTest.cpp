@@ -299,6 +299,27 @@ TEST_F(NotchShellTest, leavesTheKeysToTheTerminalWhileThePointerIsInIt)
     EXPECT_EQ(focusedWindow(), terminal);
 }
 
+TEST_F(NotchShellTest, takesTheKeysOnceItIsClickedIntoAndGivesThemBack)
+{
+    const quint64 terminal = openTerminal();
+    start(u"notch"_s);
+    ASSERT_TRUE(waitForNotch());
+    movePointer(inNotch);
+    ASSERT_TRUE(FakeTray::waitFor([this] { return shape().height() > 400; }));
+
+    constexpr QPoint inPanel { 960, 300 };
+    // Until the animation has come to its end, a click doesn't take the focus.
+    ASSERT_TRUE(FakeTray::waitFor([&] {
+        movePointer(inPanel);
+        click();
+        return focusedWindow() == notch();
+    }));
+
+    movePointer(nowhere);
+    EXPECT_TRUE(FakeTray::waitFor([&] { return focusedWindow() == terminal; }));
+    EXPECT_EQ(desktop.activeWindow(), terminal);
+}
+
 TEST_F(NotchShellTest, letsClicksBesideItThrough)
 {
     const quint64 terminal = openTerminal({ u"-geometry"_s, u"60x10+500+0"_s });
