@@ -40,11 +40,7 @@ FocusScope {
             text: root.model.soundsOn ? qsTr("Turn sounds off") : qsTr("Turn sounds on")
             color: root.model.soundsOn ? Theme.text2 : Theme.text3
             onClicked: root.model.soundsOn = !root.model.soundsOn
-            Keys.onTabPressed: event => {
-                event.accepted = !telegram.visible;
-                if (event.accepted)
-                    list.focusNewSession();
-            }
+            Keys.onTabPressed: telegram.visible ? telegram.forceActiveFocus(Qt.TabFocusReason) : list.focusNewSession()
         }
 
         IconButton {
@@ -56,6 +52,7 @@ FocusScope {
             visible: root.model.telegramConfigured
             onClicked: root.model.telegramOn = !root.model.telegramOn
             Keys.onTabPressed: list.focusNewSession()
+            Keys.onBacktabPressed: sounds.forceActiveFocus(Qt.BacktabFocusReason)
 
             // The symbol has no struck form of its own.
             Rectangle {

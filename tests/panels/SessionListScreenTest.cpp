@@ -404,6 +404,30 @@ TEST_F(SessionListScreenTest, scrolledListStaysWhenACardComesAndSaysSoInTheHeade
     EXPECT_TRUE(view().window().contentItem()->boundingRect().contains(placeOf(u"New Session"_s)));
 }
 
+TEST_F(SessionListScreenTest, telegramHasASwitchOnceItIsConfigured)
+{
+    EXPECT_FALSE(view().control(u"Pause Telegram"_s));
+    world().telegram().setBotToken(u"1:a"_s);
+    world().telegram().setChatID(u"7"_s);
+    view().settle();
+    view().click(u"Pause Telegram"_s);
+    EXPECT_TRUE(world().telegram().isPaused());
+    view().click(u"Resume Telegram"_s);
+    EXPECT_FALSE(world().telegram().isPaused());
+    control(u"Turn sounds off"_s)->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"Pause Telegram"_s);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"New Session"_s);
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), u"Pause Telegram"_s);
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), u"Turn sounds off"_s);
+    world().telegram().setChatID({});
+    view().settle();
+    EXPECT_FALSE(view().control(u"Pause Telegram"_s));
+}
+
 TEST_F(SessionListScreenTest, switchesInTheHeaderSetTheirKeys)
 {
     view().click(u"Turn notifications off"_s);

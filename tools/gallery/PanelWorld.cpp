@@ -49,8 +49,8 @@ PanelWorld::~PanelWorld()
 
 PanelServices PanelWorld::services()
 {
-    return { m_manager, m_changes,   m_store,    m_git, m_workers,    m_mainQueue,
-             m_clock,   m_scheduler, m_defaults, m_log, m_home.path() };
+    return { m_manager, m_changes,   m_store,    m_git, m_workers,     m_mainQueue,
+             m_clock,   m_scheduler, m_defaults, m_log, m_home.path(), &m_telegram };
 }
 
 SessionCallbacks PanelWorld::callbacks()

@@ -16,6 +16,7 @@
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
 #include "support/RecordingLog.h"
+#include "telegram/TelegramService.h"
 
 #include <QSet>
 #include <QStringList>
@@ -56,6 +57,8 @@ public:
     /// What the notch shows of the same sessions.
     [[nodiscard]] NotchViewModel &notch() { return m_notch; }
     [[nodiscard]] SessionManager &manager() { return m_manager; }
+    /// Which reaches no server.
+    [[nodiscard]] TelegramService &telegram() { return m_telegram; }
     [[nodiscard]] test::ManualScheduler &scheduler() { return m_scheduler; }
     [[nodiscard]] Date now() const { return m_clock.now(); }
     [[nodiscard]] QString home() const { return m_home.path(); }
@@ -97,6 +100,7 @@ private:
     SessionManager m_manager { m_store, m_processes, m_noGit, m_held, m_clock, m_log };
     SessionChanges m_changes { m_manager, m_mainQueue };
     Defaults m_defaults;
+    TelegramService m_telegram { { m_scheduler, m_mainQueue, m_defaults, m_log }, QStringLiteral("nowhere") };
     QSet<QString> m_withRule;
     MenuBarViewModel m_panel;
     NotchViewModel m_notch;
