@@ -300,18 +300,21 @@ TEST_F(LinuxSessionLockTest, followsTheScreenSavers)
 
 TEST_F(LinuxSessionLockTest, staysLockedAsLongAsOneSaysSo)
 {
-    manager.hint = true;
     manager.appear();
     saver.isActive = true;
     saver.appear();
     watch();
-    ASSERT_TRUE(waitUntil(true));
+    ASSERT_TRUE(waitFor([this] { return lock->isLocked() && manager.asked == 2; }));
+    manager.setHint(true);
+    // When this is asked for, that has been heard.
+    manager.changed(sessionInterface, {}, { u"LockedHint"_s });
+    ASSERT_TRUE(waitFor([this] { return manager.asked == 3; }));
 
     saver.vanish();
-    ASSERT_TRUE(waitFor([this] { return manager.asked == 2; }));
-    EXPECT_TRUE(lock->isLocked());
     manager.setHint(false);
+
     EXPECT_TRUE(waitUntil(false));
+    EXPECT_EQ(told, (QList { true, false }));
 }
 
 TEST_F(LinuxSessionLockTest, takesOddAnswersForNone)
