@@ -181,6 +181,12 @@ void addConversations(std::vector<Picture> &all)
                 u"Write a note for the changelog:\n- what changed\n- since when\n- who has to act\n- and by what day"_s);
             view.settle();
         }));
+    all.push_back(chatOf(u"chat-dictation"_s, atlas, [](PictureView &view) {
+        view.world().panel().chat()->toggleDictation();
+        view.settle();
+        view.world().dictate(u"then write a note for the change log"_s);
+        view.settle();
+    }));
     all.push_back(chatOf(u"chat-info"_s, storefront, [](PictureView &view) { view.click(u"storefront-web"_s); }));
     all.push_back(chatLike(u"chat-empty"_s, atlas, [](SessionFacts &facts) { facts.transcript.clear(); }));
     all.push_back({ u"chat-finished"_s, [](PanelWorld &world) {

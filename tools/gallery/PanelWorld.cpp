@@ -1,5 +1,6 @@
 #include "gallery/PanelWorld.h"
 
+#include "panels/DictationService.h"
 #include "sessions/GitRepositories.h"
 #include "support/EventBuilder.h"
 #include "terminal/TypingRules.h"
@@ -8,6 +9,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -49,8 +51,19 @@ PanelWorld::~PanelWorld()
 
 PanelServices PanelWorld::services()
 {
-    return { m_manager, m_changes,   m_store,    m_git, m_workers,     m_mainQueue,
-             m_clock,   m_scheduler, m_defaults, m_log, m_home.path(), &m_telegram };
+    return { m_manager,
+             m_changes,
+             m_store,
+             m_git,
+             m_workers,
+             m_mainQueue,
+             m_clock,
+             m_scheduler,
+             m_defaults,
+             m_log,
+             m_home.path(),
+             &m_telegram,
+             [this] { return std::make_unique<DictationService>(m_microphone, &m_recogniser, m_mainQueue); } };
 }
 
 SessionCallbacks PanelWorld::callbacks()
@@ -160,6 +173,17 @@ void PanelWorld::addProject(const QString &project, int minutesAgo, const QStrin
                          QFileDevice::FileModificationTime);
         age = age * 3 + 60;
     }
+}
+
+void PanelWorld::dictate(const QString &text)
+{
+    constexpr int blocks = 12;
+    for (int block = 0; block < blocks; ++block) {
+        const float loudness = 0.02F + 0.01F * static_cast<float>(block * 5 % 7);
+        m_microphone.speak(std::vector<float>(Microphone::framesPerBlock, loudness));
+    }
+    m_recogniser.understand(text);
+    settle();
 }
 
 void PanelWorld::end(const QString &id)

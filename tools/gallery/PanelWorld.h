@@ -11,7 +11,9 @@
 #include "sessions/SessionChanges.h"
 #include "sessions/SessionManager.h"
 #include "sessions/SessionStore.h"
+#include "support/FakeMicrophone.h"
 #include "support/FakeProcessChecker.h"
+#include "support/FakeSpeechRecogniser.h"
 #include "support/ManualClock.h"
 #include "support/ManualMainQueue.h"
 #include "support/ManualScheduler.h"
@@ -60,6 +62,9 @@ public:
     /// Which reaches no server.
     [[nodiscard]] TelegramService &telegram() { return m_telegram; }
     [[nodiscard]] test::ManualScheduler &scheduler() { return m_scheduler; }
+    /// What the view models work with, and what they have done.
+    [[nodiscard]] PanelServices services();
+    [[nodiscard]] SessionCallbacks callbacks();
     [[nodiscard]] Date now() const { return m_clock.now(); }
     [[nodiscard]] QString home() const { return m_home.path(); }
     /// Of a project under the home, whether or not it is there.
@@ -71,6 +76,8 @@ public:
     void addRemembered(const SessionFacts &facts, const QString &id, const QString &snippet);
     /// A project in which the agent was used, with the first prompts of its latest sessions.
     void addProject(const QString &project, int minutesAgo, const QStringList &prompts = {}) const;
+    /// What the microphone hears of one who dictates, and what is understood of it.
+    void dictate(const QString &text);
     /// Ends a session.
     void end(const QString &id);
 
@@ -83,9 +90,6 @@ public:
     QSet<QString> sessionsWithoutAnswer; ///< Those whose terminal takes no option of a question.
 
 private:
-    [[nodiscard]] PanelServices services();
-    [[nodiscard]] SessionCallbacks callbacks();
-
     QTemporaryDir m_home;
     test::ManualClock m_clock;
     test::ManualScheduler m_scheduler { m_clock };
@@ -101,6 +105,8 @@ private:
     SessionChanges m_changes { m_manager, m_mainQueue };
     Defaults m_defaults;
     TelegramService m_telegram { { m_scheduler, m_mainQueue, m_defaults, m_log }, QStringLiteral("nowhere") };
+    test::FakeMicrophone m_microphone;
+    test::FakeSpeechRecogniser m_recogniser;
     QSet<QString> m_withRule;
     MenuBarViewModel m_panel;
     NotchViewModel m_notch;
