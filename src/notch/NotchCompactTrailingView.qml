@@ -10,7 +10,8 @@ NotchCompactSide {
     Text {
         objectName: "count"
         anchors.fill: parent
-        anchors.margins: Tokens.sp2
+        anchors.leftMargin: Tokens.sp2
+        anchors.rightMargin: Tokens.sp2
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         visible: text !== ""
