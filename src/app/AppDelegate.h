@@ -106,6 +106,8 @@ public:
     [[nodiscard]] SessionActions &sessionActions() { return m_sessionActions; }
     [[nodiscard]] NotificationService &notificationService() { return m_notificationService; }
     [[nodiscard]] TelegramService &telegramService() { return m_telegramService; }
+    /// Null where there are no sounds.
+    [[nodiscard]] SoundService *soundService() { return m_soundService ? &*m_soundService : nullptr; }
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
     [[nodiscard]] Log &log() { return m_log.general(); }

@@ -134,6 +134,12 @@ void VantryApp::updateNotch()
 {
     m_notch.setHasVirtualNotch(hasVirtualNotch());
     m_notch.setShown(m_isWithoutTray || showsNotch(displayMode(m_delegate.defaults())));
+    if (NotchController *controller = m_notch.controller()) {
+        NotchViewModel &viewModel = controller->viewModel();
+        viewModel.telegramService = &m_delegate.telegramService();
+        viewModel.notificationService = &m_delegate.notificationService();
+        viewModel.soundService = m_delegate.soundService();
+    }
 }
 
 void VantryApp::updateStatusItem()

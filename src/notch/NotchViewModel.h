@@ -16,6 +16,10 @@
 
 namespace vantry {
 
+class NotificationService;
+class SoundService;
+class TelegramService;
+
 /// What the notch's views read: the state of all sessions in two glyphs, and the peek that is published. Owned by
 /// NotchController, and kept by a surface that is on its way out. Main thread only.
 class NotchViewModel final : public QObject
@@ -78,6 +82,12 @@ public:
 
     [[nodiscard]] const SessionCallbacks &callbacks() const { return m_callbacks; }
     MenuBarViewModel *panel();
+
+    // Set by the application, null before; they outlive this. Reserved for notch views that switch them: those of the
+    // expanded panel have their own way to them.
+    TelegramService *telegramService { nullptr };
+    NotificationService *notificationService { nullptr };
+    SoundService *soundService { nullptr };
 
     /// Reads the sessions again. A published peek whose session waits no more is cleared.
     void refresh();
