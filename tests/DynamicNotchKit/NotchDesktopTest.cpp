@@ -198,6 +198,7 @@ TEST_P(NotchDesktopTest, survivesThatItsScreenGoes)
 {
     (void)desktop.outputOf(u"xrandr"_s, { u"--setmonitor"_s, u"LEFT"_s, u"960/250x1080/280+0+0"_s, u"screen"_s });
     (void)desktop.outputOf(u"xrandr"_s, { u"--setmonitor"_s, u"RIGHT"_s, u"960/250x1080/280+960+0"_s, u"none"_s });
+    ASSERT_TRUE(reports("screens 2"));
     (void)tell(u"hide"_s);
     (void)tell(u"expand 1"_s);
     ASSERT_TRUE(rests());
@@ -210,6 +211,7 @@ TEST_P(NotchDesktopTest, survivesThatItsScreenGoes)
     };
     EXPECT_GE(left(), 960);
     (void)desktop.outputOf(u"xrandr"_s, { u"--delmonitor"_s, u"RIGHT"_s });
+    ASSERT_TRUE(reports("screens 1"));
     (void)tell(u"hide"_s);
     (void)tell(u"compact 0"_s);
     ASSERT_TRUE(rests());

@@ -85,10 +85,11 @@ private:
     }
     QString report()
     {
-        const QString compositor = u" compositor %1"_s.arg(m_overlays.hasCompositor());
+        const QString desktop =
+            u" compositor %1 screens %2"_s.arg(m_overlays.hasCompositor()).arg(QGuiApplication::screens().size());
         DynamicNotchPanel *panel = m_notch.windowController();
         if (!panel)
-            return u"none"_s + compositor;
+            return u"none"_s + desktop;
         const auto *content = panel->rootObject()->findChild<QQuickItem *>(u"expanded"_s);
         return u"window %1 hovering %2 moving %3 active %4 clicks %5 typed %6"_s.arg(panel->winId())
                    .arg(m_notch.isHovering())
@@ -96,7 +97,7 @@ private:
                    .arg(panel->isActive())
                    .arg(content ? content->property("clicks").toInt() : 0)
                    .arg(content ? content->property("typed").toString() : QString()) +
-               compositor;
+               desktop;
     }
 
     QQmlEngine m_engine;
