@@ -161,7 +161,7 @@ void BotApi::post(const QUrl &address, const QByteArray &body, QObject &owner, D
 {
     QNetworkRequest request = requestFor(address);
     request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
-    send("POST", std::move(request), body, owner, std::move(done));
+    send("POST", request, body, owner, std::move(done));
 }
 
 void BotApi::send(const QByteArray &verb, QNetworkRequest request, const QByteArray &body, QObject &owner, Done done)

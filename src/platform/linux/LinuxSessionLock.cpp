@@ -49,7 +49,7 @@ bool isTrue(const QVariant &value)
 
 QString LinuxSessionLock::systemBusAddress()
 {
-    const QString named = qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+    QString named = qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
     if (!named.isEmpty())
         return named;
     const QString socket = u"/run/dbus/system_bus_socket"_s;

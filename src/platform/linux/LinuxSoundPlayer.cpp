@@ -62,7 +62,7 @@ QString LinuxSoundPlayer::fileOf(const QString &name) const
         return {};
     for (const QString &folder : m_folders) {
         for (const QString &suffix : suffixes()) {
-            const QString path = folder + u'/' + name + suffix;
+            QString path = folder + u'/' + name + suffix;
             if (QFileInfo(path).isFile())
                 return path;
         }
