@@ -75,11 +75,10 @@ public:
         , m_overlays(platform::makeOverlayWindows())
         , m_preferences(platform::makeDesktopPreferences(delegate.log()))
         , m_screens(platform::makeScreens(*m_overlays, scheduler))
-        , m_fullScreens(platform::makeFullScreenWatch(scheduler))
-        , m_sessionLock(platform::makeSessionLock(scheduler))
         , m_app(delegate,
-                { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences, *m_screens, *m_fullScreens,
-                  *m_sessionLock },
+                { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences, *m_screens,
+                  [&scheduler] { return platform::makeFullScreenWatch(scheduler); },
+                  [&scheduler] { return platform::makeSessionLock(scheduler); } },
                 [this, &delegate] {
                     return std::make_unique<MenuBarViewModel>(servicesOf(delegate), delegate.sessionCallbacks());
                 })
@@ -103,8 +102,6 @@ private:
     const std::unique_ptr<OverlayWindows> m_overlays;
     const std::unique_ptr<DesktopPreferences> m_preferences;
     const std::unique_ptr<Screens> m_screens;
-    const std::unique_ptr<FullScreenWatch> m_fullScreens;
-    const std::unique_ptr<SessionLock> m_sessionLock;
     VantryApp m_app;
 };
 

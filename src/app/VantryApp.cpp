@@ -28,8 +28,8 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
                 .appearance = m_appearance,
                 .overlays = ports.overlays,
                 .screens = ports.screens,
-                .fullScreens = ports.fullScreens,
-                .sessionLock = ports.sessionLock,
+                .makeFullScreenWatch = ports.makeFullScreenWatch,
+                .makeSessionLock = ports.makeSessionLock,
                 .services = delegate.panelServices(),
                 .callbacks = delegate.sessionCallbacks(),
                 .makePanel = m_makePanel })

@@ -51,8 +51,8 @@ public:
         OverlayWindows &overlays;
         DesktopPreferences &preferences;
         Screens &screens;
-        FullScreenWatch &fullScreens;
-        SessionLock &sessionLock;
+        MakeFullScreenWatch makeFullScreenWatch;
+        MakeSessionLock makeSessionLock;
     };
 
     using MakePanel = std::function<std::unique_ptr<MenuBarViewModel>()>;

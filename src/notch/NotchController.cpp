@@ -81,16 +81,18 @@ void NotchController::observe()
     connect(&m_surroundings.sessionChanges, &SessionChanges::changed, this, &NotchController::takeChanges);
     connect(&m_surroundings.sessionChanges, &SessionChanges::removed, this, &NotchController::takeChanges);
     m_surroundings.screens.onChanged = [this] { place(); };
-    m_surroundings.fullScreens.onChanged = [this] { place(); };
-    m_surroundings.sessionLock.onChanged = [this] { place(); };
+    m_fullScreens = m_surroundings.makeFullScreenWatch();
+    m_fullScreens->onChanged = [this] { place(); };
+    m_sessionLock = m_surroundings.makeSessionLock();
+    m_sessionLock->onChanged = [this] { place(); };
 }
 
 void NotchController::stopObserving()
 {
     m_surroundings.sessionChanges.disconnect(this);
     m_surroundings.screens.onChanged = {};
-    m_surroundings.fullScreens.onChanged = {};
-    m_surroundings.sessionLock.onChanged = {};
+    m_fullScreens.reset();
+    m_sessionLock.reset();
     m_hoverTimer.cancel();
     m_notch->onHoverChanged = {};
     m_reportedHover.reset();
@@ -120,7 +122,7 @@ std::optional<ScreenInfo> NotchController::notchScreen() const
 std::optional<ScreenInfo> NotchController::currentPlace() const
 {
     std::optional<ScreenInfo> screen = notchScreen();
-    if (m_surroundings.sessionLock.isLocked() || (screen && m_surroundings.fullScreens.isFullScreen(screen->name)))
+    if (m_sessionLock->isLocked() || (screen && m_fullScreens->isFullScreen(screen->name)))
         screen.reset();
     return screen;
 }

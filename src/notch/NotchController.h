@@ -38,8 +38,8 @@ public:
         SessionManager &sessionManager;
         SessionChanges &sessionChanges;
         Screens &screens;
-        FullScreenWatch &fullScreens;
-        SessionLock &sessionLock;
+        MakeFullScreenWatch makeFullScreenWatch;
+        MakeSessionLock makeSessionLock;
         MainQueue &mainQueue;
         Scheduler &scheduler;
         NotchSurfaces &surfaces;
@@ -97,9 +97,11 @@ private:
     NotchStateMachine m_machine;
     std::unique_ptr<DynamicNotchControllable> m_notch; ///< From start to stop.
     std::optional<ScreenInfo> m_place;                 ///< Where the notch is shown now.
-    std::shared_ptr<NotchPeekCardModel> m_card;        ///< The card that is open, seen or not.
-    ScheduledTimer m_autoCollapse;                     ///< Ends the peek.
-    std::optional<bool> m_reportedHover;               ///< The last report, which may wait for its time.
+    std::unique_ptr<FullScreenWatch> m_fullScreens;    ///< Null unless it runs, as the next one.
+    std::unique_ptr<SessionLock> m_sessionLock;
+    std::shared_ptr<NotchPeekCardModel> m_card; ///< The card that is open, seen or not.
+    ScheduledTimer m_autoCollapse;              ///< Ends the peek.
+    std::optional<bool> m_reportedHover;        ///< The last report, which may wait for its time.
     ScheduledTimer m_hoverTimer;
 };
 

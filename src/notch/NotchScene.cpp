@@ -34,8 +34,8 @@ std::unique_ptr<NotchController> NotchScene::makeController()
     const NotchController::Surroundings surroundings { m_surroundings.services.sessionManager,
                                                        m_surroundings.services.sessionChanges,
                                                        m_surroundings.screens,
-                                                       m_surroundings.fullScreens,
-                                                       m_surroundings.sessionLock,
+                                                       m_surroundings.makeFullScreenWatch,
+                                                       m_surroundings.makeSessionLock,
                                                        m_surroundings.services.mainQueue,
                                                        m_surroundings.services.scheduler,
                                                        *this };

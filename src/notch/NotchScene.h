@@ -29,8 +29,8 @@ public:
         Appearance &appearance;
         OverlayWindows &overlays;
         Screens &screens;
-        FullScreenWatch &fullScreens;
-        SessionLock &sessionLock;
+        MakeFullScreenWatch makeFullScreenWatch;
+        MakeSessionLock makeSessionLock;
         PanelServices services;
         SessionCallbacks callbacks;
         /// Makes the panel of the expanded notch; once for each controller.

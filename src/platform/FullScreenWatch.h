@@ -3,10 +3,12 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace vantry {
 
-/// Tells whether a window of somebody's covers a whole screen, so that nothing should float above it. Main thread only.
+/// Tells whether a window of somebody's covers a whole screen, so that nothing should float above it. Watches as long
+/// as it lives, which wakes the program up whenever windows change. Main thread only.
 class FullScreenWatch
 {
 public:
@@ -18,5 +20,8 @@ public:
     /// Called after this has changed for some screen. One observer; it goes before the port, or clears this.
     std::function<void()> onChanged;
 };
+
+/// Begins to watch.
+using MakeFullScreenWatch = std::function<std::unique_ptr<FullScreenWatch>()>;
 
 } // namespace vantry

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 namespace vantry {
 
-/// Tells whether the user's desktop session is locked. Main thread only; asks nobody and waits for nothing when it is
-/// read.
+/// Tells whether the user's desktop session is locked. Listens as long as it lives. Main thread only; asks nobody and
+/// waits for nothing when it is read.
 class SessionLock
 {
 public:
@@ -17,5 +18,8 @@ public:
     /// Called after this has changed. One observer; it goes before the port, or clears this.
     std::function<void()> onChanged;
 };
+
+/// Begins to listen.
+using MakeSessionLock = std::function<std::unique_ptr<SessionLock>()>;
 
 } // namespace vantry

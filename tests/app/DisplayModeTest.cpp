@@ -154,6 +154,21 @@ TEST_F(DisplayModeTest, tearsTheNotchDownAndMakesANewOne)
     EXPECT_FALSE(item.isVisible);
 }
 
+TEST_F(DisplayModeTest, watchesForFullScreenWindowsAndTheLockOnlyWhileANotchIsShown)
+{
+    launch();
+    EXPECT_FALSE(fullScreens.isWatched());
+    EXPECT_FALSE(sessionLock.isListenedTo());
+
+    setMode(u"both"_s);
+    EXPECT_TRUE(fullScreens.isWatched());
+    EXPECT_TRUE(sessionLock.isListenedTo());
+
+    setMode(u"menuBar"_s);
+    EXPECT_FALSE(fullScreens.isWatched());
+    EXPECT_FALSE(sessionLock.isListenedTo());
+}
+
 TEST_F(DisplayModeTest, keepsTheNotchWhenTheIconComesToIt)
 {
     launch(u"notch"_s);

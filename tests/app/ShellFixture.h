@@ -46,15 +46,15 @@ protected:
     void start()
     {
         ASSERT_EQ(delegate.publishControl(), ControlEndpoint::Publication::Published);
-        app.emplace(
-            delegate,
-            VantryApp::Ports { clock, scheduler, item, overlays, preferences, screens, fullScreens, sessionLock },
-            [this] {
-                ++panelsMade;
-                auto made = std::make_unique<MenuBarViewModel>(delegate.panelServices(), SessionCallbacks {});
-                model = made.get();
-                return made;
-            });
+        app.emplace(delegate,
+                    VantryApp::Ports { clock, scheduler, item, overlays, preferences, screens, fullScreens.maker(),
+                                       sessionLock.maker() },
+                    [this] {
+                        ++panelsMade;
+                        auto made = std::make_unique<MenuBarViewModel>(delegate.panelServices(), SessionCallbacks {});
+                        model = made.get();
+                        return made;
+                    });
         mainQueue.drainAll();
     }
     void deliver(const HookEvent &event)

@@ -111,7 +111,7 @@ protected:
 
     [[nodiscard]] NotchController::Surroundings surroundings()
     {
-        return { manager, changes, screens, fullScreens, sessionLock, mainQueue, scheduler, surfaces };
+        return { manager, changes, screens, fullScreens.maker(), sessionLock.maker(), mainQueue, scheduler, surfaces };
     }
     [[nodiscard]] SessionCallbacks callbacks()
     {

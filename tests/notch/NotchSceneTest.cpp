@@ -90,8 +90,8 @@ protected:
     void start()
     {
         scene = std::make_unique<NotchScene>(NotchScene::Surroundings {
-            [this]() -> QQmlEngine & { return engine; }, appearance, overlays, screens, fullScreens, sessionLock,
-            world.services(), world.callbacks(),
+            [this]() -> QQmlEngine & { return engine; }, appearance, overlays, screens, fullScreens.maker(),
+            sessionLock.maker(), world.services(), world.callbacks(),
             [this] { return std::make_unique<MenuBarViewModel>(world.services(), world.callbacks()); } });
         controller = scene->makeController();
         controller->start();
