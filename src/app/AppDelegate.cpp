@@ -78,6 +78,12 @@ void AppDelegate::toggleTelegramPause()
     m_telegramService.setPaused(!m_telegramService.isPaused());
 }
 
+void AppDelegate::checkForUpdates()
+{
+    if (m_ports.updater)
+        m_ports.updater->checkForUpdates();
+}
+
 void AppDelegate::openSettings()
 {
     if (m_scene.openSettings)

@@ -23,6 +23,7 @@
 #include "platform/SecretStore.h"
 #include "platform/SoundPlayer.h"
 #include "platform/TerminalDriver.h"
+#include "platform/Updater.h"
 #include "sessions/GitFacts.h"
 #include "sessions/LiveProcessChecker.h"
 #include "sessions/PendingPermissionStore.h"
@@ -71,6 +72,7 @@ public:
         std::function<void(const QString &token)> useActivationToken {};
         SoundPlayer *sounds { nullptr };  ///< Null: silence.
         SecretStore *secrets { nullptr }; ///< Null: nothing is kept there.
+        Updater *updater { nullptr };     ///< Null: nothing looks for newer versions.
     };
 
     /// Without a port nothing comes in from outside.
@@ -85,6 +87,8 @@ public:
     void quitApp();
     /// Ends Telegram's polling, or begins it anew.
     void toggleTelegramPause();
+    /// Looks for a newer version, where anything can.
+    void checkForUpdates();
     /// Opens the settings' window, where there are windows.
     void openSettings();
 
@@ -108,6 +112,8 @@ public:
     [[nodiscard]] TelegramService &telegramService() { return m_telegramService; }
     /// Null where there are no sounds.
     [[nodiscard]] SoundService *soundService() { return m_soundService ? &*m_soundService : nullptr; }
+    /// Null where nothing looks for newer versions.
+    [[nodiscard]] Updater *updater() const { return m_ports.updater; }
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
     [[nodiscard]] Log &log() { return m_log.general(); }

@@ -12,6 +12,18 @@ namespace vantry {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
+namespace {
+
+/// Unset where nothing looks for newer versions, so that nobody is offered it.
+std::function<void()> updates(AppDelegate &delegate)
+{
+    if (!delegate.updater())
+        return {};
+    return [&delegate] { delegate.checkForUpdates(); };
+}
+
+} // namespace
+
 VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePanel)
     : m_delegate(delegate)
     , m_ports(ports)
@@ -20,7 +32,7 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
     , m_windows(ports.overlays)
     , m_menuBarExtra({ ports.statusItem, delegate.sessionManager(), delegate.sessionChanges(), m_appearance },
                      { .showApp = [this] { showApp(); },
-                       .checkForUpdates = {},
+                       .checkForUpdates = updates(delegate),
                        .quitApp = [this] { m_delegate.quitApp(); },
                        .toggleTelegramPause = [this] { m_delegate.toggleTelegramPause(); },
                        .isTelegramPaused = delegate.telegramService().isPaused() })
