@@ -161,7 +161,4 @@ struct UsageError
 /// help.
 [[nodiscard]] std::variant<Command, UsageError> parseCommandLine(const QStringList &arguments);
 
-/// What `vantry --help` prints.
-[[nodiscard]] QString helpText();
-
 } // namespace vantry

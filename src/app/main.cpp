@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/HelpText.h"
 #include "app/Launch.h"
 #include "app/Platform.h"
 #include "app/SignalHandler.h"

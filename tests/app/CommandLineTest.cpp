@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/HelpText.h"
 
 #include <gmock/gmock.h>
 
