@@ -1,13 +1,12 @@
 #include "DynamicNotchKit/NotchShadow.h"
 
+#include "drawing/NinePatchNode.h"
+
 #include <QImage>
 #include <QQuickWindow>
-#include <QSGImageNode>
 #include <QtMath>
 
-#include <array>
 #include <cmath>
-#include <memory>
 #include <numbers>
 
 namespace vantry {
@@ -42,57 +41,6 @@ ShadowPicture makePicture(double radius, double cornerRadius)
     }
     return { image, border };
 }
-
-/// The pieces around the middle share one texture.
-class ShadowNode final : public QSGNode
-{
-public:
-    explicit ShadowNode(QQuickWindow &window)
-    {
-        for (auto &piece : m_pieces) {
-            piece = window.createImageNode();
-            piece->setFiltering(QSGTexture::Linear);
-            appendChildNode(piece);
-        }
-    }
-
-    void setTexture(std::unique_ptr<QSGTexture> texture, int border)
-    {
-        for (auto *piece : m_pieces)
-            piece->setTexture(texture.get());
-        m_texture = std::move(texture);
-        m_border = border;
-    }
-
-    void layOut(const QRectF &area)
-    {
-        const std::array<double, 4> source { 0, double(m_border), double(m_border + 1), double(2 * m_border + 1) };
-        const auto across = stops(area.left(), area.width());
-        const auto down = stops(area.top(), area.height());
-        auto piece = m_pieces.begin();
-        for (std::size_t row = 0; row < 3; ++row) {
-            for (std::size_t column = 0; column < 3; ++column) {
-                if (row == 1 && column == 1)
-                    continue;
-                (*piece)->setRect(QRectF({ across[column], down[row] }, QPointF(across[column + 1], down[row + 1])));
-                (*piece)->setSourceRect(
-                    QRectF({ source[column], source[row] }, QPointF(source[column + 1], source[row + 1])));
-                ++piece;
-            }
-        }
-    }
-
-private:
-    [[nodiscard]] std::array<double, 4> stops(double start, double length) const
-    {
-        const double border = std::min(double(m_border), length / 2);
-        return { start, start + border, start + length - border, start + length };
-    }
-
-    std::array<QSGImageNode *, 8> m_pieces {};
-    std::unique_ptr<QSGTexture> m_texture;
-    int m_border { 0 };
-};
 
 } // namespace
 
@@ -134,14 +82,12 @@ QSGNode *NotchShadow::updatePaintNode(QSGNode *node, UpdatePaintNodeData * /*dat
         delete node;
         return nullptr;
     }
-    auto *shadow = static_cast<ShadowNode *>(node);
+    auto *shadow = static_cast<NinePatchNode *>(node);
     if (!shadow)
-        shadow = new ShadowNode(*window());
+        shadow = new NinePatchNode(*window(), NinePatchNode::Middle::LeftOut);
     if (!node || !m_isPictureCurrent) {
         const ShadowPicture picture = makePicture(m_radius, m_cornerRadius);
-        shadow->setTexture(std::unique_ptr<QSGTexture>(
-                               window()->createTextureFromImage(picture.image, QQuickWindow::TextureHasAlphaChannel)),
-                           picture.border);
+        shadow->setPicture(*window(), picture.image, picture.border);
         m_isPictureCurrent = true;
     }
     shadow->layOut(boundingRect().adjusted(-m_radius, -m_radius, m_radius, m_radius));
