@@ -117,6 +117,8 @@ public:
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
     [[nodiscard]] Log &log() { return m_log.general(); }
+    /// For what this and the scene do themselves.
+    [[nodiscard]] Log &delegateLog() { return m_log.delegate(); }
     /// What the panel works with; lives as long as this.
     [[nodiscard]] PanelServices panelServices();
     /// What the panel may do and ask; lives as long as this.

@@ -40,7 +40,7 @@ void MenuBarExtra::setMenu(const Actions &actions)
     menuNeedsUpdate(menu, actions.isTelegramPaused);
     QList<StatusItem::MenuEntry> entries;
     for (const StatusMenuItem &item : menu)
-        entries.append({ item.title, actionOf(item.action) });
+        entries.append({ item.title, actionOf(item.action), item.key });
     m_services.item.setMenu(entries);
 }
 

@@ -18,7 +18,7 @@ QList<StatusMenuItem> statusMenu()
              {},
              { tr("Check for Updates…"), CheckForUpdates },
              {},
-             { tr("Quit Vantry"), QuitApp } };
+             { tr("Quit Vantry"), QuitApp, QStringLiteral("q") } };
 }
 
 void menuNeedsUpdate(QList<StatusMenuItem> &menu, bool isTelegramPaused)

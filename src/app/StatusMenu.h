@@ -13,6 +13,7 @@ struct StatusMenuItem
 {
     QString title {};
     StatusMenuAction action { StatusMenuAction::None };
+    QString key {}; ///< See StatusItem::MenuEntry.
 
     friend bool operator==(const StatusMenuItem &, const StatusMenuItem &) = default;
 };

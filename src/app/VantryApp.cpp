@@ -169,6 +169,7 @@ void VantryApp::triggerOnboarding()
 
 void VantryApp::noTrayFound()
 {
+    m_delegate.delegateLog().write("Could not find status item button for right-click menu");
     m_delegate.log().write("VantryApp: no tray for the icon yet, so the notch is shown, whatever the display mode; "
                            "\"vantry show\" opens the panel");
     m_isWithoutTray = true;

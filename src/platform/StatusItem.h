@@ -20,6 +20,7 @@ public:
     {
         QString title {};
         std::function<void()> action {}; ///< Unset: the entry is disabled.
+        QString key {};                  ///< Shown beside the title, with the desktop's command key; empty: none.
     };
 
     virtual ~StatusItem() = default;

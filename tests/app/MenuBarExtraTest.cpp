@@ -22,6 +22,15 @@ TEST_F(MenuBarExtraTest, isShownWithItsMenuAtOnce)
     EXPECT_EQ(titles, (QStringList { u"Show Vantry"_s, {}, u"Check for Updates…"_s, {}, u"Quit Vantry"_s }));
 }
 
+TEST_F(MenuBarExtraTest, showsTheKeyThatQuits)
+{
+    QStringList keys;
+    for (const StatusItem::MenuEntry &entry : item.menu)
+        keys.append(entry.key);
+
+    EXPECT_EQ(keys, (QStringList { {}, {}, {}, {}, u"q"_s }));
+}
+
 TEST_F(MenuBarExtraTest, hasNothingThatCouldLookForUpdates)
 {
     EXPECT_TRUE(item.menu.at(0).action);

@@ -8,6 +8,7 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QGuiApplication>
+#include <QKeySequence>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -51,6 +52,8 @@ void LinuxStatusItem::setMenu(const QList<MenuEntry> &entries)
         }
         QAction *action = m_menu->addAction(entry.title);
         action->setEnabled(static_cast<bool>(entry.action));
+        if (!entry.key.isEmpty())
+            action->setShortcut(QKeySequence(u"Ctrl+"_s + entry.key.toUpper()));
         if (entry.action)
             connect(action, &QAction::triggered, action, entry.action);
     }
