@@ -23,6 +23,7 @@
 #include "platform/linux/LinuxSpeechRecogniser.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/NotificationServer.h"
+#include "platform/linux/PythonHint.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/TerminalEmulatorDriver.h"
 #include "platform/linux/TmuxDriver.h"
@@ -144,6 +145,11 @@ std::optional<QString> agentHelp()
 std::optional<QString> openUrl(const QUrl &url)
 {
     return openWithDesktop(url);
+}
+
+QString pythonHint()
+{
+    return vantry::pythonHint();
 }
 
 bool hasDisplay()

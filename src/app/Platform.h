@@ -67,6 +67,8 @@ struct Terminals
 /// Has the desktop open a URL; gives why it didn't. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> openUrl(const QUrl &url);
 /// Whether the environment names a display.
+/// What to type to get Python on this system; where that isn't known, the package's name.
+[[nodiscard]] QString pythonHint();
 [[nodiscard]] bool hasDisplay();
 /// Whether programs can put windows where they want.
 [[nodiscard]] bool canPlaceWindows();
