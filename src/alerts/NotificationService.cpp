@@ -130,11 +130,13 @@ NotificationService::NotificationService(const Services &services, Print print)
 {
     connect(&m_services.pendingPermissions, &PendingPermissionStore::pendingChanged, this,
             &NotificationService::removeOutdated);
+    m_services.centre.onServerChanged = [this] { Q_EMIT serverChanged(); };
 }
 
 NotificationService::~NotificationService()
 {
     m_services.centre.setDelegate(nullptr);
+    m_services.centre.onServerChanged = {};
 }
 
 void NotificationService::configure(Callback onNotificationClicked, Callback onAllowPermission,
@@ -151,6 +153,11 @@ void NotificationService::configure(Callback onNotificationClicked, Callback onA
             print(u"[Vantry] Notification permission not granted"_s);
     });
     m_services.centre.setCategories(categories());
+}
+
+void NotificationService::requestPermission(std::function<void()> done)
+{
+    m_services.centre.requestAuthorization([done = std::move(done)](bool, const std::optional<QString> &) { done(); });
 }
 
 void NotificationService::notify(const SessionPtr &session, const HookEvent &event)

@@ -53,10 +53,20 @@ public:
     /// session a moment ago.
     void notify(const SessionPtr &session, const HookEvent &event);
 
+    /// What becomes of notifications on this desktop. `known` is called once, later, or never when the centre ends
+    /// before.
+    void requestStatus(NotificationCentre::StatusKnown known) { m_services.centre.requestStatus(std::move(known)); }
+    /// Asks the user for leave to show notifications; `done` is called once the user has answered.
+    void requestPermission(std::function<void()> done);
+
     /// Whether the panel is open. Set by the application; suppresses notifications.
     bool isPopoverVisible { false };
     /// Takes the desktop's leave to bring a window forward, right before onNotificationClicked is called.
     std::function<void(const QString &token)> onActivationToken;
+
+Q_SIGNALS:
+    /// Other notifications become of it: who shows them has come, gone or changed.
+    void serverChanged();
 
 private:
     /// What a notification asks while its session waits for a permission.

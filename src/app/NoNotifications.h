@@ -11,6 +11,7 @@ public:
     void setDelegate(Delegate *) override {}
     void setCategories(const QList<Category> &) override {}
     void requestAuthorization(Authorized) override {}
+    void requestStatus(StatusKnown) override {}
     void add(const Request &, Failed) override {}
     void remove(const QString &) override {}
     [[nodiscard]] Server server() const override { return {}; }

@@ -88,6 +88,19 @@ public:
         friend bool operator==(const Server &, const Server &) = default;
     };
 
+    /// Whether the user lets notifications be shown. A desktop that doesn't ask for leave gives it.
+    enum class Authorization { NotDetermined, Denied, Authorized };
+
+    /// What becomes of notifications.
+    struct Status
+    {
+        Authorization authorization { Authorization::Authorized };
+        Server server {};
+        friend bool operator==(const Status &, const Status &) = default;
+    };
+
+    /// Takes the status.
+    using StatusKnown = std::function<void(const Status &status)>;
     /// Takes whether notifications may be shown, or why that can't be told.
     using Authorized = std::function<void(bool isGranted, const std::optional<QString> &error)>;
     /// Takes why a notification could not be shown.
@@ -100,12 +113,17 @@ public:
     virtual void setCategories(const QList<Category> &categories) = 0;
     /// `done` is called once, later, or never when the centre ends before.
     virtual void requestAuthorization(Authorized done) = 0;
+    /// Looks how things are, and asks the user for nothing. `known` is called once, later, or never when the centre
+    /// ends before.
+    virtual void requestStatus(StatusKnown known) = 0;
     /// Shows a notification. `failed` is called at most once, later; one that failed counts as closed, and nobody is
     /// told so.
     virtual void add(const Request &request, Failed failed) = 0;
     /// Takes a notification away, also one that is only about to be shown. Unknown ones are ignored.
     virtual void remove(const QString &identifier) = 0;
     [[nodiscard]] virtual Server server() const = 0;
+
+    std::function<void()> onServerChanged; ///< server() gives something else now.
 };
 
 } // namespace vantry

@@ -492,5 +492,32 @@ TEST_F(NotificationServiceTest, outlivesItsSessionsAndIsOutlivedByThem)
     EXPECT_EQ(printed.size(), 1);
 }
 
+TEST_F(NotificationServiceTest, handsOnWhatBecomesOfNotifications)
+{
+    using Presence = NotificationCentre::Server::Presence;
+    std::vector<NotificationCentre::Status> known;
+    int changes = 0;
+    QObject::connect(&*service, &NotificationService::serverChanged, [&changes] { ++changes; });
+    service->requestStatus([&known](const NotificationCentre::Status &status) { known.push_back(status); });
+    EXPECT_TRUE(known.empty());
+
+    centre.setServer({ Presence::Present, { u"actions"_s } });
+    centre.tellStatus();
+
+    EXPECT_EQ(changes, 1);
+    ASSERT_EQ(known.size(), 1U);
+    EXPECT_EQ(known.front().authorization, NotificationCentre::Authorization::Authorized);
+    EXPECT_EQ(known.front().server.capabilities, QStringList { u"actions"_s });
+
+    bool isAnswered = false;
+    service->requestPermission([&isAnswered] { isAnswered = true; });
+    centre.authorizing.back()(false, std::nullopt);
+    EXPECT_TRUE(isAnswered);
+
+    service.reset();
+    centre.setServer({});
+    EXPECT_EQ(changes, 1);
+}
+
 } // namespace
 } // namespace vantry::test

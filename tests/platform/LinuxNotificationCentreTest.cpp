@@ -332,6 +332,31 @@ TEST_F(LinuxNotificationCentreTest, grantsWhereThereIsAServer)
     EXPECT_TRUE(waitFor([&] { return granted; }));
 }
 
+TEST_F(LinuxNotificationCentreTest, tellsWhenAServerComesOrGoes)
+{
+    open();
+    QList<Presence> told;
+    QList<NotificationCentre::Status> known;
+    centre->onServerChanged = [&] { told.append(centre->server().presence); };
+    centre->requestStatus([&](const NotificationCentre::Status &status) { known.append(status); });
+    ASSERT_TRUE(waitFor([&] { return known.size() == 1; }));
+    EXPECT_EQ(known.constFirst().authorization, NotificationCentre::Authorization::Authorized);
+    EXPECT_EQ(known.constFirst().server.presence, Presence::Absent);
+    EXPECT_EQ(told, QList { Presence::Absent });
+
+    FakeNotificationServer server(m_bus.address(), { u"actions"_s });
+    ASSERT_TRUE(waitFor([&] { return told.size() == 2; }));
+    EXPECT_EQ(told.last(), Presence::Present);
+    centre->requestStatus([&](const NotificationCentre::Status &status) { known.append(status); });
+    ASSERT_TRUE(waitFor([&] { return known.size() == 2; }));
+    EXPECT_EQ(known.last().server.capabilities, QStringList { u"actions"_s });
+    EXPECT_EQ(told.size(), 2) << "nothing new";
+
+    server.vanish();
+    ASSERT_TRUE(waitFor([&] { return told.size() == 3; }));
+    EXPECT_EQ(told.last(), Presence::Absent);
+}
+
 TEST_F(LinuxNotificationCentreTest, aServerThatIsStartedAgainShowsTheNextOnes)
 {
     FakeNotificationServer server(m_bus.address(), { u"actions"_s });

@@ -80,6 +80,13 @@ void LinuxNotificationCentre::requestAuthorization(Authorized done)
         askForCapabilities(false);
 }
 
+void LinuxNotificationCentre::requestStatus(StatusKnown known)
+{
+    requestAuthorization([this, known = std::move(known)](bool, const std::optional<QString> &) {
+        known({ Authorization::Authorized, m_server });
+    });
+}
+
 void LinuxNotificationCentre::add(const Request &request, Failed failed)
 {
     remove(request.identifier);
@@ -147,6 +154,7 @@ void LinuxNotificationCentre::askForCapabilities(bool startsServer)
 void LinuxNotificationCentre::takeCapabilities(const QStringList &capabilities)
 {
     m_server = { Presence::Present, capabilities };
+    tellServer();
     settleAuthorization(true, std::nullopt);
     sendWaiting();
 }
@@ -165,9 +173,16 @@ void LinuxNotificationCentre::serverFailed(const QDBusMessage &error)
             return;
         if (isNobody)
             m_server.presence = isStartable ? Presence::Startable : Presence::Absent;
+        tellServer();
         const bool isGranted = isNobody && isStartable;
         settleAuthorization(isGranted, isGranted ? std::nullopt : std::optional(text));
     });
+}
+
+void LinuxNotificationCentre::tellServer()
+{
+    if (std::exchange(m_toldServer, m_server) != m_server && onServerChanged)
+        onServerChanged();
 }
 
 void LinuxNotificationCentre::settleAuthorization(bool isGranted, const std::optional<QString> &error)

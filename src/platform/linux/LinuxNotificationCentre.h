@@ -30,6 +30,7 @@ public:
     void setDelegate(Delegate *delegate) override { m_delegate = delegate; }
     void setCategories(const QList<Category> &categories) override { m_categories = categories; }
     void requestAuthorization(Authorized done) override;
+    void requestStatus(StatusKnown known) override;
     void add(const Request &request, Failed failed) override;
     void remove(const QString &identifier) override;
     [[nodiscard]] Server server() const override { return m_server; }
@@ -64,6 +65,7 @@ private:
     void askForCapabilities(bool startsServer);
     void takeCapabilities(const QStringList &capabilities);
     void serverFailed(const QDBusMessage &error);
+    void tellServer();
     void settleAuthorization(bool isGranted, const std::optional<QString> &error);
     void ownerChanged(const QString &newOwner);
     void forgetShown();
@@ -83,7 +85,8 @@ private:
     Delegate *m_delegate { nullptr };
     QList<Category> m_categories;
     Server m_server;
-    Entries m_entries; ///< In the order in which they were added.
+    Server m_toldServer; ///< That somebody was told of last.
+    Entries m_entries;   ///< In the order in which they were added.
     std::uint64_t m_lastNumber { 0 };
     QHash<uint, QString> m_earlyActions; ///< By the server's number; pressed before its answer has been taken.
     std::vector<Authorized> m_authorizing;
