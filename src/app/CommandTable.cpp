@@ -41,7 +41,7 @@ CommandGroup sessionCommands()
                    { json },
                    [](const Arguments &a) -> Command { return command::Status { a.form }; } },
                  { u"watch",
-                   u"the same, then every change",
+                   u"show the live sessions, then every change",
                    u"Shows the live sessions, and then one line for each change, until it is interrupted or Vantry "
                    "ends. With --json each line is a document of its own.",
                    {},
@@ -55,7 +55,7 @@ CommandGroup sessionCommands()
                    {},
                    [](const Arguments &a) -> Command { return command::Allow { a.operands.first() }; } },
                  { u"deny",
-                   u"deny it; --stop ends the agent's turn, too",
+                   u"deny what the agent asks for; --stop ends its turn, too",
                    u"Denies what the agent asks for. The agent goes on with that answer, unless --stop ends its turn.",
                    { session },
                    { stop },
@@ -64,14 +64,14 @@ CommandGroup sessionCommands()
                        return command::Deny { a.operands.first(), a.stop ? Agent::Stops : Agent::GoesOn };
                    } },
                  { u"always-allow",
-                   u"allow it from now on, as the agent suggests",
+                   u"allow what the agent asks for, and from now on, as it suggests",
                    u"Allows what the agent asks for, and installs the rule that the agent suggests, by which it "
                    "doesn't ask again.",
                    { session },
                    {},
                    [](const Arguments &a) -> Command { return command::AlwaysAllow { a.operands.first() }; } },
                  { u"answer",
-                   u"choose an option of its question; the first one is 0",
+                   u"choose an option of the agent's question; the first one is 0",
                    u"Chooses an option of the question that the agent asks; the first one is 0. Where the terminal "
                    "can't be typed into, it is brought forward.",
                    { session, index },
@@ -80,7 +80,7 @@ CommandGroup sessionCommands()
                        return command::Answer { a.operands.first(), a.index };
                    } },
                  { u"send",
-                   u"type a line into its terminal",
+                   u"type a line into a session's terminal",
                    u"Types a line into the session's terminal and submits it. The words are joined by one space each. "
                    "Where the terminal can't be typed into, it is brought forward.",
                    { session, text },
@@ -89,7 +89,7 @@ CommandGroup sessionCommands()
                        return command::Send { a.operands.first(), a.operands.sliced(1).join(u' ') };
                    } },
                  { u"focus",
-                   u"bring its terminal forward",
+                   u"bring a session's terminal forward",
                    u"Brings the session's terminal forward, with the right tab and pane.",
                    { session },
                    {},
@@ -127,7 +127,7 @@ CommandGroup historyCommands()
                        return command::Search { a.operands, a.limit, a.form };
                    } },
                  { u"recent",
-                   u"the most recent ones (N is 20 if not given)",
+                   u"show the most recent ones (N is 20 if not given)",
                    u"Shows the most recent of the remembered sessions.",
                    {},
                    { limit, json },
@@ -135,7 +135,7 @@ CommandGroup historyCommands()
                        return command::Recent { a.limit, a.form };
                    } },
                  { u"projects",
-                   u"where the agent was used lately",
+                   u"show where the agent was used lately",
                    u"Shows the folders in which the agent was used lately.",
                    {},
                    { limit, json },
@@ -143,7 +143,7 @@ CommandGroup historyCommands()
                        return command::Projects { a.limit, a.form };
                    } },
                  { u"messages",
-                   u"the last N messages of a conversation, from the agent's transcript",
+                   u"show the last N messages of a conversation, from the agent's transcript",
                    u"Shows the last messages of a session's conversation, from the agent's transcript, or of a "
                    "transcript's file.",
                    { source },
