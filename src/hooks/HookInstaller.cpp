@@ -77,12 +77,18 @@ void HookInstaller::installScript() const
 
 void HookInstaller::updateSettings(std::uint16_t port) const
 {
-    const std::string command = "python3 " + scriptPath().toStdString() + " --port " + std::to_string(port);
-    const auto withHook = [&command](JsonText settings) { return settingsWithHook(std::move(settings), command); };
+    const auto withHook = [command = commandLine(port)](JsonText settings) {
+        return settingsWithHook(std::move(settings), command);
+    };
     makeFolderOf(settingsPath());
     if (!editJsonFile(settingsPath(), withHook) && !editJsonFile(settingsPath(), withHook))
         throw std::runtime_error(settingsPath().toStdString() +
                                  ": The file was changed by another program at the same time. Try again.");
+}
+
+std::string HookInstaller::commandLine(std::uint16_t port) const
+{
+    return "python3 " + scriptPath().toStdString() + " --port " + std::to_string(port);
 }
 
 bool HookInstaller::isInstalled() const
@@ -94,6 +100,34 @@ bool HookInstaller::isInstalled() const
     } catch (const std::exception &) {
         return false;
     }
+}
+
+std::optional<HookInstaller::Problem> HookInstaller::problem(std::uint16_t port) const
+{
+    const QString install = QStringLiteral("Run \"vantry hook install\", and start running agents again");
+    try {
+        const JsonText settings = readJsonFile(settingsPath());
+        const auto missing = eventsWithoutHook(settings, commandLine(port));
+        if (!QFileInfo::exists(scriptPath()) || (!missing.empty() && !settingsNameHook(settings)))
+            return Problem { QStringLiteral("The agent's hook is not installed"), install };
+        if (!isCurrent())
+            return Problem { QStringLiteral("The agent's hook is from another version"), install };
+        if (!missing.empty()) {
+            return Problem { QStringLiteral(
+                                 "The agent's settings name the hook in another form for %1 of its events, such as %2")
+                                 .arg(missing.size())
+                                 .arg(QString::fromLatin1(missing.front().data(), qsizetype(missing.front().size()))),
+                             install };
+        }
+        const JsonText *isDisabled = settings.find("disableAllHooks");
+        if (isDisabled && isDisabled->asBoolean().value_or(false))
+            return Problem { QStringLiteral("The agent's settings turn off all hooks"),
+                             QStringLiteral("Take \"disableAllHooks\" out of ") + settingsPath() };
+    } catch (const std::exception &error) {
+        return Problem { QStringLiteral("The agent's settings can't be read: ") + QString::fromUtf8(error.what()),
+                         QStringLiteral("Mend that file, then run \"vantry hook install\"") };
+    }
+    return std::nullopt;
 }
 
 bool HookInstaller::isCurrent() const

@@ -3,7 +3,9 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 namespace vantry {
 
@@ -25,6 +27,13 @@ private:
 class HookInstaller
 {
 public:
+    /// What keeps the hook from working as this program wants it, and what to do about it.
+    struct Problem
+    {
+        QString detail;
+        QString advice;
+    };
+
     /// `home` is the user's home directory; `scriptSource` the script as it is delivered with the program.
     HookInstaller(QString home, QString scriptSource = QStringLiteral(":/vantry/vantry_hook.py"));
 
@@ -34,6 +43,8 @@ public:
     [[nodiscard]] bool isInstalled() const;
     /// Whether the installed script is the one that this program delivers.
     [[nodiscard]] bool isCurrent() const;
+    /// Looks closer than these two: at every event, its command line for this port, and the settings as a whole.
+    [[nodiscard]] std::optional<Problem> problem(std::uint16_t port) const;
 
     [[nodiscard]] QString scriptPath() const;
     [[nodiscard]] QString settingsPath() const;
@@ -41,6 +52,7 @@ public:
 private:
     void installScript() const;
     void updateSettings(std::uint16_t port) const;
+    [[nodiscard]] std::string commandLine(std::uint16_t port) const;
 
     QString m_home;
     QString m_scriptSource;

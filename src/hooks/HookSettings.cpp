@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -77,6 +78,19 @@ JsonText groupsWithHook(const JsonText *before, const JsonText &ours)
     return groups;
 }
 
+/// Whether an entry of this event fits.
+bool eventNames(const JsonText &settings, std::string_view event, const std::function<bool(const JsonText &)> &fits)
+{
+    const JsonText *hooks = settings.find("hooks");
+    const JsonText *groups = hooks ? hooks->find(event) : nullptr;
+    if (!isArrayOfObjects(groups))
+        return false;
+    return std::any_of(groups->elements().begin(), groups->elements().end(), [&](const JsonText &group) {
+        const JsonText *entries = group.find("hooks");
+        return isArrayOfObjects(entries) && std::any_of(entries->elements().begin(), entries->elements().end(), fits);
+    });
+}
+
 } // namespace
 
 JsonText settingsWithHook(JsonText settings, std::string_view command)
@@ -93,16 +107,20 @@ JsonText settingsWithHook(JsonText settings, std::string_view command)
     return settings;
 }
 
+std::vector<std::string_view> eventsWithoutHook(const JsonText &settings, std::string_view command)
+{
+    const auto isThisHook = [command](const JsonText &entry) { return stringUnder(entry, "command") == command; };
+    std::vector<std::string_view> missing;
+    for (const std::string_view event : registeredEvents) {
+        if (!eventNames(settings, event, isThisHook))
+            missing.push_back(event);
+    }
+    return missing;
+}
+
 bool settingsNameHook(const JsonText &settings)
 {
-    const JsonText *hooks = settings.find("hooks");
-    const JsonText *groups = hooks ? hooks->find("Notification") : nullptr;
-    if (!isArrayOfObjects(groups))
-        return false;
-    return std::any_of(groups->elements().begin(), groups->elements().end(), [](const JsonText &group) {
-        const JsonText *entries = group.find("hooks");
-        return isArrayOfObjects(entries) && std::any_of(entries->elements().begin(), entries->elements().end(), isOurs);
-    });
+    return eventNames(settings, "Notification", isOurs);
 }
 
 } // namespace vantry

@@ -444,6 +444,72 @@ TEST_F(HookInstaller, isNotCurrentWithAnOlderScript)
     EXPECT_FALSE(m_installer.isCurrent());
 }
 
+TEST_F(HookInstaller, hasNoProblemAfterInstalling)
+{
+    ASSERT_TRUE(m_installer.problem(49152));
+    EXPECT_EQ(m_installer.problem(49152)->detail, u"The agent's hook is not installed"_s);
+
+    ASSERT_EQ(install(), success);
+
+    EXPECT_FALSE(m_installer.problem(49152));
+}
+
+TEST_F(HookInstaller, hasAProblemWithAnotherPort)
+{
+    ASSERT_EQ(install(), success);
+
+    const auto problem = m_installer.problem(50000);
+
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->detail, u"The agent's settings name the hook in another form for 18 of its events, such as "
+                               "Notification"_s);
+    EXPECT_TRUE(problem->advice.contains(u"vantry hook install"));
+}
+
+TEST_F(HookInstaller, hasAProblemWithAnEventThatIsNotNamed)
+{
+    ASSERT_EQ(install(), success);
+    JsonText value = settingsValue();
+    JsonText hooks = *value.find("hooks");
+    hooks.remove("PermissionRequest");
+    value.set("hooks", hooks);
+    writeSettings(value.toPrettyText());
+
+    EXPECT_TRUE(m_installer.isInstalled());
+    ASSERT_TRUE(m_installer.problem(49152));
+    EXPECT_TRUE(m_installer.problem(49152)->detail.endsWith(u"for 1 of its events, such as PermissionRequest"));
+}
+
+TEST_F(HookInstaller, hasAProblemWithAnOlderScript)
+{
+    ASSERT_EQ(install(), success);
+    write(m_installer.scriptPath(), "print()");
+
+    ASSERT_TRUE(m_installer.problem(49152));
+    EXPECT_EQ(m_installer.problem(49152)->detail, u"The agent's hook is from another version"_s);
+}
+
+TEST_F(HookInstaller, hasAProblemWithSettingsThatAreNotJson)
+{
+    ASSERT_EQ(install(), success);
+    writeSettings("{nope");
+
+    ASSERT_TRUE(m_installer.problem(49152));
+    EXPECT_TRUE(m_installer.problem(49152)->detail.contains(settingsPath()));
+    EXPECT_TRUE(m_installer.problem(49152)->advice.startsWith(u"Mend that file"));
+}
+
+TEST_F(HookInstaller, hasAProblemWithSettingsThatTurnOffHooks)
+{
+    ASSERT_EQ(install(), success);
+    JsonText value = settingsValue();
+    value.set("disableAllHooks", JsonText::boolean(true));
+    writeSettings(value.toPrettyText());
+
+    ASSERT_TRUE(m_installer.problem(49152));
+    EXPECT_TRUE(m_installer.problem(49152)->advice.contains(u"disableAllHooks"));
+}
+
 TEST_F(HookInstaller, countsAnOlderFormOfOurEntryAsInstalled)
 {
     EXPECT_EQ(install(), success);
