@@ -2,6 +2,7 @@
 
 #include "PrivateBus.h"
 #include "support/RecordingLog.h"
+#include "support/WaitFor.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -9,12 +10,9 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusVirtualObject>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -76,22 +74,6 @@ private:
 class LinuxDesktopPreferencesTest : public testing::Test
 {
 protected:
-    /// Runs the event loop until the condition holds, for some seconds at most.
-    static bool waitFor(const std::function<bool()> &condition)
-    {
-        QEventLoop loop;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-            if (condition())
-                loop.quit();
-        });
-        poll.start(1);
-        QTimer::singleShot(10000, &loop, &QEventLoop::quit);
-        if (!condition())
-            loop.exec();
-        return condition();
-    }
-
     PrivateBus m_bus;
     RecordingLog m_log;
 };

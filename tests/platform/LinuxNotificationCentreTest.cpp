@@ -2,11 +2,10 @@
 
 #include "FakeNotificationServer.h"
 #include "PrivateBus.h"
+#include "support/WaitFor.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -23,22 +22,6 @@ using Urgency = NotificationCentre::Urgency;
 class LinuxNotificationCentreTest : public testing::Test, private NotificationCentre::Delegate
 {
 protected:
-    /// Runs the event loop until the condition holds, for some seconds at most.
-    static bool waitFor(const std::function<bool()> &condition)
-    {
-        QEventLoop loop;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-            if (condition())
-                loop.quit();
-        });
-        poll.start(1);
-        QTimer::singleShot(20000, &loop, &QEventLoop::quit);
-        if (!condition())
-            loop.exec();
-        return condition();
-    }
-
     void open(const QString &address)
     {
         centre.emplace(address);

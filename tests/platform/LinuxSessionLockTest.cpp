@@ -2,12 +2,12 @@
 
 #include "PrivateBus.h"
 #include "support/ManualScheduler.h"
+#include "support/WaitFor.h"
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QElapsedTimer>
 
 #include <gmock/gmock.h>
 
@@ -123,15 +123,6 @@ protected:
     [[nodiscard]] bool waitUntil(bool isLocked)
     {
         return waitFor([&] { return lock->isLocked() == isLocked; });
-    }
-    template <typename Condition>
-    [[nodiscard]] static bool waitFor(Condition condition)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!condition() && timer.elapsed() < 20'000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-        return condition();
     }
     PrivateBus bus;
     ManualClock clock;
