@@ -55,6 +55,11 @@ std::unique_ptr<ControlClient> makeControlClient()
     return std::make_unique<DBusControlClient>();
 }
 
+std::unique_ptr<ControlClient> makeControlClient(std::chrono::milliseconds patience)
+{
+    return std::make_unique<DBusControlClient>(sessionBusAddress(), patience);
+}
+
 std::unique_ptr<ControlEndpoint> makeControlEndpoint()
 {
     return std::make_unique<DBusControlEndpoint>();

@@ -28,6 +28,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -51,6 +52,8 @@ struct Terminals
 };
 
 [[nodiscard]] std::unique_ptr<ControlClient> makeControlClient();
+/// One whose calls wait so long at most.
+[[nodiscard]] std::unique_ptr<ControlClient> makeControlClient(std::chrono::milliseconds patience);
 [[nodiscard]] std::unique_ptr<ControlEndpoint> makeControlEndpoint();
 [[nodiscard]] std::unique_ptr<ListeningPorts> makeListeningPorts();
 [[nodiscard]] std::unique_ptr<NotificationCentre> makeNotificationCentre();

@@ -3,8 +3,9 @@
 #include "app/Launch.h"
 #include "app/Platform.h"
 #include "app/SignalHandler.h"
+#include "app/ToolSearch.h"
 #include "app/control/Console.h"
-#include "app/control/Doctor.h"
+#include "app/control/DoctorChecks.h"
 #include "app/control/HistoryCommands.h"
 #include "app/control/HookCommands.h"
 #include "app/control/SessionCommands.h"
@@ -14,10 +15,13 @@
 
 #include <QCoreApplication>
 
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
 
 using namespace vantry;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -70,28 +74,37 @@ public:
     }
     int operator()(const command::Doctor &doctor)
     {
-        const auto running = client();
+        const auto running = platform::makeControlClient(4s);
         const auto peers = platform::makePeerIdentity();
         const auto ports = platform::makeListeningPorts();
+        const auto sounds = platform::makeSoundPlayer();
         QtMainQueue mainQueue;
         const auto processes = platform::makeProcessTable(m_paths);
         const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
-        const DoctorChecks checks({ m_paths,
-                                    *running,
-                                    *peers,
-                                    *ports,
-                                    {},
-                                    port,
-                                    terminals.driverList(),
-                                    platform::hasDisplay(),
-                                    platform::canPlaceWindows(),
-                                    platform::hasTray(),
-                                    platform::findNotificationServer(),
-                                    platform::makeSoundPlayer()->problem(),
-                                    platform::microphoneProblem(m_clock),
-                                    platform::speechProblem(),
-                                    platform::secretStoreProblem() });
-        return printDoctor(doctor, checks.all(), m_console);
+        ToolSearch search = ToolSearch::forUser(m_paths.home);
+        search.patience = 2s;
+        const DoctorChecks checks(
+            { .paths = m_paths,
+              .client = *running,
+              .peers = *peers,
+              .ports = *ports,
+              .port = port,
+              .findTool = [search](const QString &name) { return search.find(name); },
+              .terminals = terminals.driverList(),
+              .desktop = { .hasDisplay = platform::hasDisplay(),
+                           .canPlaceWindows = platform::canPlaceWindows,
+                           .hasTray = platform::hasTray,
+                           .notificationServer = platform::findNotificationServer,
+                           .soundProblem = [&sounds] { return sounds->problem(); },
+                           .microphoneProblem = [this] { return platform::microphoneProblem(m_clock); },
+                           .speechProblem = platform::speechProblem,
+                           .secretStoreProblem = platform::secretStoreProblem } });
+        const DoctorReport report = inspectAll(checks.inspections(), 8s);
+        const int code = printDoctor(doctor, report.checks, m_console);
+        // A look that hangs can't be ended, and what it looks with must not end before it.
+        if (!report.isFinished)
+            std::_Exit(code);
+        return code;
     }
     int operator()(const command::Show &) { return runShow(*client(), m_console); }
     int operator()(const command::Settings &) { return runSettings(*client(), m_console); }

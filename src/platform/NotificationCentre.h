@@ -85,6 +85,7 @@ public:
 
         Presence presence { Presence::Unknown };
         QStringList capabilities {}; ///< Of one that is present.
+        QString name {};             ///< With its version, where it was asked for.
         friend bool operator==(const Server &, const Server &) = default;
     };
 

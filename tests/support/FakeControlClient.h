@@ -16,7 +16,8 @@ public:
     [[nodiscard]] std::variant<QString, ControlFailure> list() override
     {
         calls.append(QStringLiteral("list"));
-        if (failure && failure->kind == ControlFailure::Kind::NotRunning)
+        using Kind = ControlFailure::Kind;
+        if (failure && (failure->kind == Kind::NotRunning || failure->kind == Kind::Unanswered))
             return *failure;
         return document;
     }

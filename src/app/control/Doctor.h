@@ -2,22 +2,12 @@
 
 #include "app/CommandLine.h"
 #include "app/control/Console.h"
-#include "app/control/HealthProbe.h"
 #include "app/control/SessionJson.h"
-#include "base/Paths.h"
-#include "platform/ControlClient.h"
-#include "platform/ListeningPorts.h"
-#include "platform/NotificationCentre.h"
-#include "platform/PeerIdentity.h"
-#include "platform/SecretStore.h"
-#include "platform/SoundPlayer.h"
-#include "platform/TerminalDriver.h"
 
 #include <QList>
 #include <QString>
-#include <QStringList>
 
-#include <cstdint>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -37,66 +27,28 @@ struct DoctorCheck
     Weight weight { Weight::Helpful };
 };
 
-/// Looks at everything that Vantry leans on, without changing it. Each operation is one check; the larger ones start
-/// programs or wait for sockets, some seconds at most. Main thread only.
-class DoctorChecks
+/// A look at one thing, which may take some seconds, or hang.
+struct DoctorInspection
 {
-public:
-    struct Surroundings
-    {
-        const Paths &paths;
-        ControlClient &client;
-        PeerIdentity &peers;
-        const ListeningPorts &ports;
-        QStringList searchPath {}; ///< The folders in which programs are looked for.
-        std::uint16_t port;
-        std::vector<TerminalDriver *> terminals {};
-        bool hasDisplay { false };
-        bool canPlaceWindows { false };
-        bool hasTray { false };
-        NotificationCentre::Server notificationServer {};
-        std::optional<SoundPlayer::Problem> soundProblem {};
-        std::optional<QString> microphoneProblem {}; ///< Why there is none, if so.
-        std::optional<QString> speechProblem {};     ///< What is missing for recognising speech, if anything.
-        std::optional<SecretStore::Problem> secretStoreProblem {};
-    };
-
-    explicit DoctorChecks(const Surroundings &surroundings)
-        : m_surroundings(surroundings)
-    {}
-
-    [[nodiscard]] QList<DoctorCheck> all() const;
-
-    [[nodiscard]] DoctorCheck application() const;
-    [[nodiscard]] DoctorCheck listener() const;
-    [[nodiscard]] DoctorCheck sessionBus() const;
-    [[nodiscard]] DoctorCheck hook() const;
-    [[nodiscard]] DoctorCheck python() const;
-    [[nodiscard]] DoctorCheck agent() const;
-    [[nodiscard]] DoctorCheck git() const;
-    [[nodiscard]] DoctorCheck database() const;
-    [[nodiscard]] DoctorCheck dataFolder() const;
-    [[nodiscard]] DoctorCheck log() const;
-    [[nodiscard]] DoctorCheck peerIdentity() const;
-    [[nodiscard]] DoctorCheck display() const;
-    [[nodiscard]] DoctorCheck tray() const;
-    [[nodiscard]] DoctorCheck notch() const;
-    [[nodiscard]] DoctorCheck microphone() const;
-    [[nodiscard]] DoctorCheck speech() const;
-    [[nodiscard]] DoctorCheck secretService() const;
-    [[nodiscard]] DoctorCheck notifications() const;
-    [[nodiscard]] DoctorCheck sound() const;
-    /// One for all live sessions whose terminals can be driven or have nothing to be driven, and one for each that
-    /// can't be.
-    [[nodiscard]] QList<DoctorCheck> terminals() const;
-
-private:
-    [[nodiscard]] QString find(const QString &program) const;
-
-    Surroundings m_surroundings;
+    QString name;
+    DoctorCheck::Weight weight { DoctorCheck::Weight::Helpful };
+    std::function<QList<DoctorCheck>()> look; ///< Called on a thread of its own.
 };
 
+struct DoctorReport
+{
+    QList<DoctorCheck> checks; ///< In the order of the inspections.
+    bool isFinished { true };  ///< Whether every look has ended. One that hasn't goes on, and can't be ended.
+};
+
+/// Looks at all of them at the same time, and waits for them this long at most. One that has not ended by then has
+/// failed.
+[[nodiscard]] DoctorReport inspectAll(const std::vector<DoctorInspection> &inspections,
+                                      std::chrono::milliseconds patience);
+
 [[nodiscard]] Json doctorJson(const QList<DoctorCheck> &checks);
+/// One line for each check; in a terminal, lines that are too long go on below where they began, and advice has lines
+/// of its own.
 [[nodiscard]] QString doctorText(const QList<DoctorCheck> &checks, const TextStyle &style);
 /// Prints the checks. "Refused" when an essential one has failed.
 [[nodiscard]] int printDoctor(const command::Doctor &command, const QList<DoctorCheck> &checks, Console &console);

@@ -2,18 +2,11 @@
 
 #include <QDBusError>
 
-#include <chrono>
-
 namespace vantry {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
-
-/// How long one call may take. The application's main thread never waits this long; terminals, which it asks one after
-/// the other when it launches an agent, have two seconds each.
-constexpr std::chrono::milliseconds callTimeout = 20s;
 
 ControlFailure failureFrom(const QDBusMessage &reply)
 {
@@ -42,8 +35,9 @@ ControlFailure failureFrom(const QDBusMessage &reply)
 
 } // namespace
 
-DBusControlClient::DBusControlClient(const QString &address)
+DBusControlClient::DBusControlClient(const QString &address, std::chrono::milliseconds patience)
     : m_bus(address)
+    , m_patience(patience)
 {}
 
 std::variant<QString, ControlFailure> DBusControlClient::list()
@@ -178,7 +172,7 @@ QDBusMessage DBusControlClient::call(const char *interface, const char *method, 
                                        QString::fromLatin1(interface), QString::fromLatin1(method));
     message.setAutoStartService(false);
     message.setArguments(arguments);
-    return m_bus->call(message, QDBus::Block, static_cast<int>(callTimeout.count()));
+    return m_bus->call(message, QDBus::Block, static_cast<int>(m_patience.count()));
 }
 
 std::optional<ControlFailure> DBusControlClient::action(const char *name)

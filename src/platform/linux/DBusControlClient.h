@@ -8,6 +8,8 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <chrono>
+
 namespace vantry {
 
 /// Reaches the running application over the user's session bus. Starts none. Main thread only.
@@ -16,7 +18,12 @@ class DBusControlClient final : public QObject, public ControlClient
     Q_OBJECT
 
 public:
-    explicit DBusControlClient(const QString &address = sessionBusAddress());
+    /// How long one call may take: the application's main thread never waits this long; terminals, which it asks one
+    /// after the other when it launches an agent, have two seconds each.
+    static constexpr std::chrono::milliseconds usualPatience { 20'000 };
+
+    explicit DBusControlClient(const QString &address = sessionBusAddress(),
+                               std::chrono::milliseconds patience = usualPatience);
 
     [[nodiscard]] bool isConnected() const override { return m_bus.isConnected(); }
     [[nodiscard]] std::variant<QString, ControlFailure> list() override;
@@ -51,6 +58,7 @@ private:
                                                         const QVariantList &arguments);
 
     BusConnection m_bus;
+    const std::chrono::milliseconds m_patience;
     Listener m_listener;
 };
 

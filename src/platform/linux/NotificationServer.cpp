@@ -44,8 +44,14 @@ NotificationCentre::Server findNotificationServer(const QString &busAddress)
     auto question = notificationCall("GetCapabilities");
     question.setAutoStartService(false);
     const QDBusMessage answer = bus->call(question, QDBus::Block, patience);
-    if (answer.type() == QDBusMessage::ReplyMessage)
-        return { Presence::Present, QDBusReply<QStringList>(answer).value() };
+    if (answer.type() == QDBusMessage::ReplyMessage) {
+        // Name, vendor, version, and the version of the protocol.
+        const QVariantList server =
+            bus->call(notificationCall("GetServerInformation"), QDBus::Block, patience).arguments();
+        const QString name = server.value(0).toString() + u' ' + server.value(2).toString();
+        return { Presence::Present, QDBusReply<QStringList>(answer).value(),
+                 server.size() == 4 ? trimmedWhitespace(name).toString() : QString() };
+    }
     if (!isNobodyThere(answer))
         return { Presence::Unknown, {} };
     const QDBusReply<QStringList> startable = bus->call(startableServicesCall(), QDBus::Block, patience);

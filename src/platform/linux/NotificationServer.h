@@ -16,8 +16,8 @@ inline constexpr auto notificationInterface = "org.freedesktop.Notifications";
 /// A call to the server.
 [[nodiscard]] QDBusMessage notificationCall(const char *method);
 
-/// Who shows notifications on this desktop. Waits for the answers, a second each at most, with a connection of its own;
-/// starts nobody. Any thread.
+/// Who shows notifications on this desktop, with its name. Waits for the answers, a second each at most, with a
+/// connection of its own; starts nobody. Any thread.
 [[nodiscard]] NotificationCentre::Server findNotificationServer(const QString &busAddress = sessionBusAddress());
 
 /// The text as every server can show it: plain lines without control characters or marks that turn the reading
