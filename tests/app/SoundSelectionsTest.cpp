@@ -55,11 +55,11 @@ TEST_F(SoundSelectionsTest, hasARowForEachEventWithItsDefault)
     const QStringList labels { u"Permission Prompt"_s, u"Task Complete"_s, u"Question"_s };
     const QStringList symbols { u"exclamationmark.triangle.fill"_s, u"checkmark.circle.fill"_s,
                                 u"questionmark.circle.fill"_s };
-    const QStringList sounds { u"Blow"_s, u"Glass"_s, u"Purr"_s };
+    const QStringList soundNames { u"Blow"_s, u"Glass"_s, u"Purr"_s };
     for (int row = 0; row < 3; ++row) {
         EXPECT_EQ(value(row, SoundSelections::LabelRole).toString(), labels.at(row));
         EXPECT_EQ(value(row, SoundSelections::SymbolRole).toString(), symbols.at(row));
-        EXPECT_EQ(shown(row), sounds.at(row));
+        EXPECT_EQ(shown(row), soundNames.at(row));
         EXPECT_EQ(current(row), row + 1);
         EXPECT_EQ(value(row, SoundSelections::ChoicesRole).toStringList(),
                   (QStringList { u"None"_s, u"Blow"_s, u"Glass"_s, u"Purr"_s, u"Custom…"_s }));
