@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace vantry::test {
 
 namespace {
@@ -39,7 +41,7 @@ Document Document::read(const QString &path)
     EXPECT_TRUE(file.open(QFile::ReadOnly)) << path.toStdString();
     QString prose;
     bool inBlock = false;
-    bool inKeyTable = false;
+    std::optional<qsizetype> keyColumn; // Of the table that is being read; negative where it has none.
     for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
         if (line.startsWith("```")) {
             inBlock = !inBlock;
@@ -49,9 +51,13 @@ Document Document::read(const QString &path)
         } else if (inBlock) {
             document.blocks.back().lines.append(line);
         } else {
-            inKeyTable = line.startsWith(u'|') && (inKeyTable || line.startsWith("| Key"));
-            if (inKeyTable)
-                document.tableKeys += codesIn(line.section(u'|', 1, 1));
+            const QStringList cells = line.split(u'|');
+            if (!line.startsWith(u'|'))
+                keyColumn.reset();
+            else if (!keyColumn)
+                keyColumn = cells.indexOf(QRegularExpression("^ Key\\b.*"));
+            else if (*keyColumn >= 0)
+                document.tableKeys += codesIn(cells.value(*keyColumn));
             prose += line + u'\n';
         }
     }

@@ -21,7 +21,7 @@ struct Document
     QString path; ///< Within the checkout.
     std::vector<Block> blocks {};
     QStringList codes {};     ///< What stands between backquotes in the text, in order.
-    QStringList tableKeys {}; ///< The codes in the first column of tables whose first heading begins with "Key".
+    QStringList tableKeys {}; ///< The codes in columns of tables whose heading begins with "Key".
     QStringList links {};     ///< The targets that are files.
 
     [[nodiscard]] static Document read(const QString &path);
