@@ -90,6 +90,11 @@ std::unique_ptr<PeerIdentity> makePeerIdentity()
     return std::make_unique<LinuxPeerIdentity>();
 }
 
+std::unique_ptr<ProcessTable> makeProcessTable()
+{
+    return std::make_unique<LinuxProcessTable>();
+}
+
 std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths)
 {
     return std::make_unique<LinuxProcessTable>(paths.dataFolder);

@@ -59,6 +59,8 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<NotificationCentre> makeNotificationCentre();
 [[nodiscard]] std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock);
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
+/// One that keeps nothing. Its start times are not those of the other when the clock has been set since the boot.
+[[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable();
 [[nodiscard]] std::unique_ptr<ProcessTable> makeProcessTable(const Paths &paths);
 [[nodiscard]] std::unique_ptr<SecretStore> makeSecretStore();
 /// These two need the application object, whose folder tells where what they start is.

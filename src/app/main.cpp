@@ -79,7 +79,7 @@ public:
         const auto ports = platform::makeListeningPorts();
         const auto sounds = platform::makeSoundPlayer();
         QtMainQueue mainQueue;
-        const auto processes = platform::makeProcessTable(m_paths);
+        const auto processes = platform::makeProcessTable();
         const platform::Terminals terminals = platform::makeTerminals(*processes, mainQueue);
         ToolSearch search = ToolSearch::forUser(m_paths.home);
         search.patience = 2s;

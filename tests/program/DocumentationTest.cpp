@@ -237,6 +237,15 @@ TEST(Documentation, namesOnlyFilesThatThereAre)
     }
 }
 
+TEST(Documentation, tellsOfEveryFolderOfTheSource)
+{
+    const QStringList codes = Document::read("docs/architecture.md").codes;
+    for (const QString &folder : QDir(checkout.filePath("src")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        EXPECT_TRUE(codes.contains(folder + u'/')) << folder.toStdString();
+    for (const QString &folder : QDir(checkout.filePath("src/app")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        EXPECT_TRUE(codes.contains(folder + u'/')) << folder.toStdString();
+}
+
 TEST(Documentation, linksOnlyToFilesThatThereAre)
 {
     for (const Document &document : Document::all()) {

@@ -183,7 +183,10 @@ DoctorCheck DoctorChecks::dataFolder() const
     }
     constexpr auto others =
         QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    if (!folder.isDir() || !folder.isWritable()) {
+    if (folder.isDir() && QStorageInfo(path).isReadOnly()) {
+        check.detail = u"%1 is on a disk that is mounted to be read only"_s.arg(path);
+        check.advice = u"Mount that disk so that it can be written to"_s;
+    } else if (!folder.isDir() || !folder.isWritable()) {
         check.detail = u"%1 can't be written to"_s.arg(path);
         check.advice = u"Make it a folder that belongs to you"_s;
     } else if (folder.permissions() & others) {
@@ -209,11 +212,17 @@ DoctorCheck DoctorChecks::database() const
         check.detail = u"There is none yet; the first start makes it"_s;
         return check;
     }
+    if (!QFileInfo(m_surroundings.paths.dataFolder).isWritable()) {
+        check.detail = u"%1 can't be written to, as its folder can't"_s.arg(path);
+        check.advice = u"See to the data folder first"_s;
+        return check;
+    }
     const DatabaseFindings found = lookInto(path);
     check.ok = !found.problem;
     check.detail = u"%1: %2"_s.arg(path, found.problem.value_or(found.content));
     if (!check.ok)
-        check.advice = u"Quit Vantry and move the file away: a new one is made, without the history"_s;
+        check.advice =
+            u"Quit Vantry and move the file away: a new one is made, and filled from the agent's transcripts"_s;
     return check;
 }
 
@@ -221,13 +230,16 @@ DoctorCheck DoctorChecks::log() const
 {
     DoctorCheck check { .name = u"log"_s };
     const QFileInfo file(m_surroundings.paths.debugLog());
-    check.ok = !file.exists() || (file.isFile() && file.isWritable());
-    if (!file.exists())
+    if (!file.exists()) {
+        check.ok = true;
         check.detail = u"There is none yet; the first start makes it"_s;
-    else
-        check.detail = (check.ok ? u"%1 can be written to"_s : u"%1 can't be written to"_s).arg(file.filePath());
+        return check;
+    }
+    check.ok = file.isFile() && file.isWritable();
+    check.detail = (check.ok ? u"%1 can be written to"_s : u"%1 can't be written to"_s).arg(file.filePath());
     if (!check.ok)
-        check.advice = u"Remove it: a new one is made"_s;
+        check.advice =
+            QFileInfo(file.path()).isWritable() ? u"Remove it: a new one is made"_s : u"See to the data folder first"_s;
     return check;
 }
 

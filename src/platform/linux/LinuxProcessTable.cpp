@@ -205,8 +205,16 @@ std::optional<ProcessStat> ProcessStat::parse(std::string_view text)
     return stat;
 }
 
+LinuxProcessTable::LinuxProcessTable()
+    : LinuxProcessTable(bootTimeOfKernel())
+{}
+
 LinuxProcessTable::LinuxProcessTable(const QString &dataFolder)
-    : m_bootTime(bootTime(dataFolder))
+    : LinuxProcessTable(bootTime(dataFolder))
+{}
+
+LinuxProcessTable::LinuxProcessTable(std::optional<double> boot)
+    : m_bootTime(boot)
     , m_ticksPerSecond(static_cast<double>(::sysconf(_SC_CLK_TCK)))
 {}
 

@@ -28,6 +28,8 @@ struct ProcessStat
 class LinuxProcessTable final : public ProcessTable
 {
 public:
+    /// Takes the kernel's own idea of the boot time, and keeps nothing.
+    LinuxProcessTable();
     /// Reads or writes the kept boot time; makes the folder when it is missing.
     explicit LinuxProcessTable(const QString &dataFolder);
 
@@ -37,6 +39,8 @@ public:
     Signalled terminate(std::int64_t pid, double startTime) override;
 
 private:
+    explicit LinuxProcessTable(std::optional<double> boot);
+
     [[nodiscard]] bool isStill(std::int64_t pid, double startTime) const;
 
     std::optional<double> m_bootTime; ///< Seconds since 1970.
