@@ -17,9 +17,22 @@ void WindowRegistry::declare(const QString &id, Make make)
 
 bool WindowRegistry::open(const QString &id)
 {
+    QQuickView *shown = show(id, true);
+    if (shown)
+        m_overlays.takeFocus(*shown);
+    return shown != nullptr;
+}
+
+bool WindowRegistry::reveal(const QString &id)
+{
+    return show(id, false) != nullptr;
+}
+
+QQuickView *WindowRegistry::show(const QString &id, bool takesFocus)
+{
     const auto found = m_entries.find(id);
     if (found == m_entries.end())
-        return false;
+        return nullptr;
     auto &[make, window] = found->second;
     if (!window) {
         window = make();
@@ -30,10 +43,11 @@ bool WindowRegistry::open(const QString &id)
         QObject::connect(
             window.get(), &QWindow::visibleChanged, &m_context, [this, id] { dropClosed(id); }, Qt::QueuedConnection);
     }
+    // The toolkit's, which widgets have as WA_ShowWithoutActivating.
+    window->setProperty("_q_showWithoutActivating", !takesFocus);
     window->show();
     window->raise();
-    m_overlays.takeFocus(*window);
-    return true;
+    return window.get();
 }
 
 void WindowRegistry::dismiss(const QString &id)

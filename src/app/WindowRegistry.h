@@ -28,6 +28,8 @@ public:
     /// Shows the window in the middle of the screen, or brings the one that is shown forward; it gets the focus. False
     /// when no window of this id is declared.
     bool open(const QString &id);
+    /// The same, but that the focus stays where it is, as far as the desktop lets it.
+    bool reveal(const QString &id);
     void dismiss(const QString &id);
     /// Null while it isn't open.
     [[nodiscard]] QQuickView *window(const QString &id) const;
@@ -39,6 +41,7 @@ private:
         std::unique_ptr<QQuickView> window;
     };
 
+    QQuickView *show(const QString &id, bool takesFocus);
     void dropClosed(const QString &id);
 
     OverlayWindows &m_overlays;

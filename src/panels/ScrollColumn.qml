@@ -10,6 +10,7 @@ Flickable {
     property real margins: Tokens.sp12
     property real marginAbove: margins
     property alias spacing: column.spacing
+    readonly property alias columnHeight: column.implicitHeight
     /// What lies under it.
     property alias ground: fade.ground
     default property alias blocks: column.data

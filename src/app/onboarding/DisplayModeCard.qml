@@ -1,0 +1,83 @@
+import QtQuick
+import QtQuick.Templates as T
+import Vantry.Panels
+import Vantry.Style
+
+/// A place for sessions, with a small picture of it.
+T.RadioButton {
+    id: root
+
+    required property string symbol
+    required property string caption
+    required property bool hasMenuBar
+    required property bool hasNotch
+    required property bool isSelected
+    /// Whether Tab comes to it; among the cards the arrow keys go.
+    required property bool isTabStop
+
+    implicitHeight: content.implicitHeight + 2 * Tokens.sp8 + 2 * Tokens.sp2
+    checkable: false
+    checked: isSelected
+    autoExclusive: false
+    hoverEnabled: true
+    focusPolicy: isTabStop ? Qt.TabFocus : Qt.NoFocus
+    Accessible.name: qsTr("%1, %2").arg(text).arg(caption)
+    Accessible.checkable: true
+    Accessible.onPressAction: clicked()
+    onIsSelectedChanged: {
+        if (isSelected && (parent as Item).activeFocus)
+            forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    background: RaisedSurface {
+        hovered: root.hovered && !root.isSelected
+        border.width: root.isSelected ? 2 : Tokens.borderWidth
+        border.color: root.isSelected ? Theme.ink : Theme.line
+    }
+
+    FocusRing {
+        targetRadius: Tokens.radiusRow
+    }
+    Column {
+        id: content
+
+        x: Tokens.sp8 + Tokens.sp2
+        y: x
+        width: root.width - 2 * x
+
+        DisplayModePicture {
+            width: parent.width
+            hasMenuBar: root.hasMenuBar
+            hasNotch: root.hasNotch
+        }
+        Item {
+            width: parent.width
+            height: Tokens.sp8
+        }
+        Row {
+            anchors.horizontalCenter: parent.horizontalCenter
+            spacing: Tokens.sp6
+
+            Symbol {
+                anchors.verticalCenter: parent.verticalCenter
+                name: root.isSelected ? "checkmark.circle.fill" : root.symbol
+                size: Tokens.iconSmall
+                color: root.isSelected ? Theme.readyDot : Theme.text2
+            }
+            Label {
+                text: root.text
+                textStyle: Tokens.row
+                Accessible.ignored: true
+            }
+        }
+        Label {
+            width: parent.width
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            text: root.caption
+            textStyle: Tokens.meta
+            color: Theme.text2
+            Accessible.ignored: true
+        }
+    }
+}
