@@ -116,6 +116,7 @@ public:
     [[nodiscard]] Updater *updater() const { return m_ports.updater; }
     [[nodiscard]] SessionChanges &sessionChanges() { return m_sessionChanges; }
     [[nodiscard]] Defaults &defaults() { return m_defaults; }
+    [[nodiscard]] const Paths &paths() const { return m_paths; }
     [[nodiscard]] Log &log() { return m_log.general(); }
     /// For what this and the scene do themselves.
     [[nodiscard]] Log &delegateLog() { return m_log.delegate(); }

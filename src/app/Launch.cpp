@@ -6,6 +6,7 @@
 #include "app/SignalHandler.h"
 #include "app/SingleInstance.h"
 #include "app/SuddenEnd.h"
+#include "app/ToolSearch.h"
 #include "app/VantryApp.h"
 #include "app/demo/Demo.h"
 #include "base/Subprocess.h"
@@ -68,17 +69,24 @@ std::optional<int> giveWayToOther(SingleInstance &instance, const Paths &paths, 
 class Scene
 {
 public:
-    Scene(AppDelegate &delegate, const Clock &clock, Scheduler &scheduler)
+    Scene(AppDelegate &delegate, const Clock &clock, Scheduler &scheduler, LoginItem &loginItem)
         : m_speech(platform::makeSpeechRecogniser())
         , m_microphone(platform::makeMicrophone(delegate.panelServices().mainQueue, clock))
         , m_statusItem(platform::makeStatusItem(scheduler))
         , m_overlays(platform::makeOverlayWindows())
         , m_preferences(platform::makeDesktopPreferences(delegate.log()))
         , m_screens(platform::makeScreens(*m_overlays, scheduler))
+        , m_fileChooser(platform::makeFileChooser())
+        , m_fileManager(platform::makeFileManager())
         , m_app(delegate,
                 { clock, scheduler, *m_statusItem, *m_overlays, *m_preferences, *m_screens,
                   [&scheduler] { return platform::makeFullScreenWatch(scheduler); },
-                  [&scheduler] { return platform::makeSessionLock(scheduler); } },
+                  [&scheduler] { return platform::makeSessionLock(scheduler); }, *m_fileChooser, *m_fileManager,
+                  loginItem,
+                  [search = ToolSearch::forUser(delegate.panelServices().home)](const QString &name) {
+                      return search.find(name);
+                  },
+                  platform::pythonHint },
                 [this, &delegate] {
                     return std::make_unique<MenuBarViewModel>(servicesOf(delegate), delegate.sessionCallbacks());
                 })
@@ -102,6 +110,8 @@ private:
     const std::unique_ptr<OverlayWindows> m_overlays;
     const std::unique_ptr<DesktopPreferences> m_preferences;
     const std::unique_ptr<Screens> m_screens;
+    const std::unique_ptr<FileChooser> m_fileChooser;
+    const std::unique_ptr<FileManager> m_fileManager;
     VantryApp m_app;
 };
 
@@ -168,9 +178,10 @@ int runApplication(Console &console)
         delegate.log().write("AppDelegate: the display has gone, ending");
         delegate.applicationWillTerminate();
     });
+    const auto loginItem = platform::makeLoginItem();
     std::optional<Scene> scene;
     if (hasWindows)
-        scene.emplace(delegate, clock, scheduler);
+        scene.emplace(delegate, clock, scheduler, *loginItem);
     delegate.applicationDidFinishLaunching();
     const int code = QCoreApplication::exec();
     scene.reset();
@@ -193,7 +204,7 @@ int runDemo(Console &console)
         return exitCode::refused;
     }
     const SignalHandler endingSignals([] { QCoreApplication::quit(); });
-    std::optional<Scene> scene(std::in_place, demo.delegate(), clock, scheduler);
+    std::optional<Scene> scene(std::in_place, demo.delegate(), clock, scheduler, demo.loginItem());
     demo.start();
     // By then it is known whether there is a tray.
     const ScheduledTimer opening = scheduler.after(1s, [&scene] { scene->showApp(); });

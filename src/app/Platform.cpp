@@ -8,8 +8,11 @@
 #include "platform/linux/LinkOpener.h"
 #include "platform/linux/LinuxApplications.h"
 #include "platform/linux/LinuxDesktopPreferences.h"
+#include "platform/linux/LinuxFileChooser.h"
+#include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxFullScreenWatch.h"
 #include "platform/linux/LinuxListeningPorts.h"
+#include "platform/linux/LinuxLoginItem.h"
 #include "platform/linux/LinuxMicrophone.h"
 #include "platform/linux/LinuxNotificationCentre.h"
 #include "platform/linux/LinuxOverlayWindows.h"
@@ -33,6 +36,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 namespace vantry::platform {
 
@@ -73,6 +77,23 @@ std::unique_ptr<ListeningPorts> makeListeningPorts()
 std::unique_ptr<NotificationCentre> makeNotificationCentre()
 {
     return std::make_unique<LinuxNotificationCentre>();
+}
+
+std::unique_ptr<FileChooser> makeFileChooser()
+{
+    return std::make_unique<LinuxFileChooser>();
+}
+
+std::unique_ptr<FileManager> makeFileManager()
+{
+    return std::make_unique<LinuxFileManager>(sessionBusAddress(), [](const QUrl &folder) { (void)openUrl(folder); });
+}
+
+std::unique_ptr<LoginItem> makeLoginItem()
+{
+    return std::make_unique<LinuxLoginItem>(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                                                u"/autostart/com.vantry.app.desktop"_s,
+                                            QCoreApplication::applicationFilePath());
 }
 
 std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock)
@@ -152,14 +173,14 @@ std::optional<QString> agentHelp()
     return vantry::agentHelp();
 }
 
-std::optional<QString> openUrl(const QUrl &url)
-{
-    return openWithDesktop(url);
-}
-
 QString pythonHint()
 {
     return vantry::pythonHint();
+}
+
+std::optional<QString> openUrl(const QUrl &url)
+{
+    return openWithDesktop(url);
 }
 
 bool hasDisplay()

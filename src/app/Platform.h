@@ -9,8 +9,11 @@
 #include "platform/ControlClient.h"
 #include "platform/ControlEndpoint.h"
 #include "platform/DesktopPreferences.h"
+#include "platform/FileChooser.h"
+#include "platform/FileManager.h"
 #include "platform/FullScreenWatch.h"
 #include "platform/ListeningPorts.h"
+#include "platform/LoginItem.h"
 #include "platform/Microphone.h"
 #include "platform/NotificationCentre.h"
 #include "platform/OverlayWindows.h"
@@ -57,6 +60,9 @@ struct Terminals
 [[nodiscard]] std::unique_ptr<ControlEndpoint> makeControlEndpoint();
 [[nodiscard]] std::unique_ptr<ListeningPorts> makeListeningPorts();
 [[nodiscard]] std::unique_ptr<NotificationCentre> makeNotificationCentre();
+[[nodiscard]] std::unique_ptr<FileManager> makeFileManager();
+/// Of this program.
+[[nodiscard]] std::unique_ptr<LoginItem> makeLoginItem();
 [[nodiscard]] std::unique_ptr<Microphone> makeMicrophone(MainQueue &mainQueue, const Clock &clock);
 [[nodiscard]] std::unique_ptr<PeerIdentity> makePeerIdentity();
 /// One that keeps nothing. Its start times are not those of the other when the clock has been set since the boot.
@@ -69,11 +75,11 @@ struct Terminals
 [[nodiscard]] Terminals makeTerminals(const ProcessTable &processes, MainQueue &mainQueue);
 /// What the agent prints about its options. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> agentHelp();
+/// What to type to get Python on this system; where that isn't known, the package's name.
+[[nodiscard]] QString pythonHint();
 /// Has the desktop open a URL; gives why it didn't. Blocks; any thread but the main one.
 [[nodiscard]] std::optional<QString> openUrl(const QUrl &url);
 /// Whether the environment names a display.
-/// What to type to get Python on this system; where that isn't known, the package's name.
-[[nodiscard]] QString pythonHint();
 [[nodiscard]] bool hasDisplay();
 /// Whether programs can put windows where they want.
 [[nodiscard]] bool canPlaceWindows();
@@ -92,6 +98,7 @@ struct Terminals
 [[nodiscard]] bool chooseWindowSystem();
 
 // These need the QApplication.
+[[nodiscard]] std::unique_ptr<FileChooser> makeFileChooser();
 [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem(Scheduler &scheduler);
 [[nodiscard]] std::unique_ptr<OverlayWindows> makeOverlayWindows();
 /// The overlays and the scheduler must outlive the screens.

@@ -1,6 +1,10 @@
 #include "app/VantryApp.h"
 
 #include "app/AppDelegate.h"
+#include "app/onboarding/OnboardingViewModel.h"
+#include "app/onboarding/OnboardingWindow.h"
+#include "app/settings/SettingsViewModel.h"
+#include "app/settings/SettingsWindow.h"
 #include "panels/MenuBarViewModel.h"
 
 #include <QCursor>
@@ -13,6 +17,8 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
+
+const QString hasCompletedOnboarding = u"hasCompletedOnboarding"_s;
 
 /// Unset where nothing looks for newer versions, so that nobody is offered it.
 std::function<void()> updates(AppDelegate &delegate)
@@ -50,10 +56,11 @@ VantryApp::VantryApp(AppDelegate &delegate, const Ports &ports, MakePanel makePa
     m_ports.statusItem.onNoTray = [this] { noTrayFound(); };
     m_ports.statusItem.onTrayFound = [this] { trayFound(); };
     m_windows.declare(settingsWindow, [this] { return makeSettingsWindow(); });
+    m_windows.declare(onboardingWindow, [this] { return makeOnboardingWindow(); });
     m_delegate.setScene(
         { .showApp = [this] { showApp(); },
           .openSettings = [this] { openSettings(); },
-          .didFinishLaunching = [this] { updateNotch(); },
+          .didFinishLaunching = [this] { didFinishLaunching(); },
           .sessionsDidChange = [this] { m_notch.sessionsDidChange(); },
           .sessionNeedsAttention = [this](const SessionPtr &session) { m_notch.sessionNeedsAttention(session); } });
     connect(this, &VantryApp::popoverVisibleChanged, this,
@@ -111,9 +118,11 @@ void VantryApp::openPanel(const PanelAnchor &anchor)
         connect(m_panel.get(), &PanelWindow::lostFocus, this,
                 [this] { m_toggle.closedByLosingFocus(m_ports.clock.monotonicNow()); });
     }
+    // Before the panel, which takes the focus and goes when it loses that.
+    if (isOnboardingDue())
+        m_windows.reveal(onboardingWindow);
     const bool isPopover = m_ports.statusItem.hasTray() && m_ports.overlays.canPlace();
     m_panel->open(isPopover ? PanelWindow::Form::Popover : PanelWindow::Form::Window, anchor);
-    triggerOnboarding();
 }
 
 PanelAnchor VantryApp::anchor() const
@@ -159,12 +168,32 @@ void VantryApp::updateStatusItem()
     m_ports.statusItem.setVisible(showsMenuBar(displayMode(m_delegate.defaults())) || !m_ports.overlays.canPlace());
 }
 
-void VantryApp::triggerOnboarding()
+void VantryApp::didFinishLaunching()
 {
-    if (m_didTriggerOnboarding || m_delegate.defaults().boolean(u"hasCompletedOnboarding"_s, false))
-        return;
-    m_didTriggerOnboarding = true;
-    m_windows.open(onboardingWindow);
+    updateNotch();
+    m_wasOnboardingDue = !m_delegate.defaults().boolean(hasCompletedOnboarding, false);
+    if (m_wasOnboardingDue)
+        m_onboardingStart = m_ports.scheduler.after(300ms, [this] { openOnboarding(); });
+}
+
+bool VantryApp::isOnboardingDue() const
+{
+    return m_wasOnboardingDue && !m_delegate.defaults().boolean(hasCompletedOnboarding, false);
+}
+
+void VantryApp::openOnboarding()
+{
+    if (m_panel && m_panel->isOpen())
+        m_windows.reveal(onboardingWindow);
+    else
+        m_windows.open(onboardingWindow);
+}
+
+void VantryApp::completeOnboarding()
+{
+    m_wasOnboardingDue = false;
+    m_delegate.defaults().setBoolean(hasCompletedOnboarding, true);
+    m_windows.dismiss(onboardingWindow);
 }
 
 void VantryApp::noTrayFound()
@@ -174,12 +203,15 @@ void VantryApp::noTrayFound()
                            "\"vantry show\" opens the panel");
     m_isWithoutTray = true;
     updateNotch();
+    Q_EMIT isWithoutTrayChanged(true);
 }
 
 void VantryApp::trayFound()
 {
-    if (std::exchange(m_isWithoutTray, false))
-        updateNotch();
+    if (!std::exchange(m_isWithoutTray, false))
+        return;
+    updateNotch();
+    Q_EMIT isWithoutTrayChanged(false);
 }
 
 QQmlEngine &VantryApp::engine()
@@ -193,15 +225,58 @@ QQmlEngine &VantryApp::engine()
 
 std::unique_ptr<QQuickView> VantryApp::makeSettingsWindow()
 {
-    constexpr QSize smallest(440, 480);
-    const QSize size = (QSizeF(smallest) * m_appearance.preferences().textScale).toSize();
-    auto view = std::make_unique<QQuickView>(&engine(), nullptr);
-    view->setTitle(tr("Settings"));
-    view->setResizeMode(QQuickView::SizeRootObjectToView);
-    view->setMinimumSize(size);
-    view->resize(size);
-    view->setSource(QUrl(u"qrc:/qt/qml/Vantry/App/SettingsView.qml"_s));
-    return view;
+    auto window = std::make_unique<SettingsWindow>(engine(), m_appearance, settingsServices());
+    connect(this, &VantryApp::isWithoutTrayChanged, window->model().general(),
+            &GeneralSettingsTabModel::setWithoutTray);
+    return window;
+}
+
+SettingsServices VantryApp::settingsServices()
+{
+    if (!m_disk)
+        m_disk = std::make_unique<SerialQueue>("settings");
+    return { .telegramService = m_delegate.telegramService(),
+             .notificationService = m_delegate.notificationService(),
+             .soundService = m_delegate.soundService(),
+             .updater = m_delegate.updater(),
+             .defaults = m_delegate.defaults(),
+             .log = m_delegate.log(),
+             .mainQueue = m_delegate.panelServices().mainQueue,
+             .disk = *m_disk,
+             .loginItem = m_ports.loginItem,
+             .fileManager = m_ports.fileManager,
+             .fileChooser = m_ports.fileChooser,
+             .paths = m_delegate.paths(),
+             .hookPort = m_delegate.httpServer().port(),
+             .openUrl = m_delegate.sessionCallbacks().openUrl,
+             .quitApp = [this] { m_delegate.quitApp(); },
+             .canPlaceWindows = m_ports.overlays.canPlace(),
+             .isWithoutTray = m_isWithoutTray };
+}
+
+std::unique_ptr<QQuickView> VantryApp::makeOnboardingWindow()
+{
+    if (!m_onboarding) {
+        const PanelServices services = m_delegate.panelServices();
+        m_onboarding = std::make_unique<OnboardingViewModel>(
+            OnboardingViewModel::Services { .defaults = services.defaults,
+                                            .mainQueue = services.mainQueue,
+                                            .screens = m_ports.screens,
+                                            .overlays = m_ports.overlays,
+                                            .soundService = m_delegate.soundService(),
+                                            .hookInstaller = HookInstaller(services.home),
+                                            .port = m_delegate.httpServer().port(),
+                                            .findTool = m_ports.findTool,
+                                            .pythonHint = m_ports.pythonHint() });
+        connect(m_onboarding.get(), &OnboardingViewModel::completed, this, &VantryApp::completeOnboarding);
+    }
+    auto window = std::make_unique<OnboardingWindow>(engine(), m_appearance, *m_onboarding);
+    // By then its views have gone.
+    connect(window.get(), &QObject::destroyed, this, [this] {
+        if (!m_wasOnboardingDue)
+            m_onboarding.reset();
+    });
+    return window;
 }
 
 } // namespace vantry

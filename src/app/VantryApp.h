@@ -7,8 +7,12 @@
 #include "app/PopoverToggle.h"
 #include "app/WindowRegistry.h"
 #include "base/Scheduler.h"
+#include "base/SerialQueue.h"
 #include "platform/DesktopPreferences.h"
+#include "platform/FileChooser.h"
+#include "platform/FileManager.h"
 #include "platform/FullScreenWatch.h"
+#include "platform/LoginItem.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Screens.h"
 #include "platform/SessionLock.h"
@@ -26,6 +30,8 @@ namespace vantry {
 
 class AppDelegate;
 class MenuBarViewModel;
+class OnboardingViewModel;
+struct SettingsServices;
 
 /// The program's scene: the tray icon, the panel that it opens, the notch, and the windows by id. No view is loaded
 /// before the first opening of one. Which of icon and notch are shown is what the display mode says, but that the notch
@@ -53,6 +59,12 @@ public:
         Screens &screens;
         MakeFullScreenWatch makeFullScreenWatch;
         MakeSessionLock makeSessionLock;
+        FileChooser &fileChooser;
+        FileManager &fileManager;
+        LoginItem &loginItem;
+        /// Finds a program by its name. Called off the main thread, and may take long.
+        std::function<std::optional<QString>(const QString &)> findTool;
+        std::function<QString()> pythonHint; ///< How to get Python.
     };
 
     using MakePanel = std::function<std::unique_ptr<MenuBarViewModel>()>;
@@ -74,6 +86,7 @@ public:
 
 Q_SIGNALS:
     void popoverVisibleChanged(bool visible);
+    void isWithoutTrayChanged(bool isWithoutTray);
 
 private:
     void statusItemClicked();
@@ -85,10 +98,15 @@ private:
     [[nodiscard]] bool hasVirtualNotch() const;
     void updateNotch();
     void updateStatusItem();
-    void triggerOnboarding();
+    void didFinishLaunching();
+    [[nodiscard]] bool isOnboardingDue() const;
+    void openOnboarding();
+    void completeOnboarding();
     void noTrayFound();
     [[nodiscard]] QQmlEngine &engine();
     [[nodiscard]] std::unique_ptr<QQuickView> makeSettingsWindow();
+    [[nodiscard]] std::unique_ptr<QQuickView> makeOnboardingWindow();
+    [[nodiscard]] SettingsServices settingsServices();
 
     AppDelegate &m_delegate;
     const Ports m_ports;
@@ -96,16 +114,19 @@ private:
     Appearance m_appearance;
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<MenuBarViewModel> m_model;
+    std::unique_ptr<SerialQueue> m_disk; ///< From the first opening of the settings on.
     std::unique_ptr<PanelWindow> m_panel;
+    std::unique_ptr<OnboardingViewModel> m_onboarding; ///< From the first opening of its window to its end.
     WindowRegistry m_windows;
     MenuBarExtra m_menuBarExtra;
     NotchPresenter m_notch;
     PopoverToggle m_toggle;
     std::optional<QPoint> m_lastClick; ///< Where the icon was, for trays that don't tell.
     std::optional<DisplayMode> m_lastDisplayMode;
-    bool m_isWithoutTray { false }; ///< Known to be.
-    bool m_didTriggerOnboarding { false };
+    bool m_isWithoutTray { false };    ///< Known to be.
+    bool m_wasOnboardingDue { false }; ///< At start, and it isn't done yet.
     ScheduledTimer m_statusItemSetUp;
+    ScheduledTimer m_onboardingStart;
 };
 
 } // namespace vantry

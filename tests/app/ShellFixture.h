@@ -7,8 +7,11 @@
 #include "support/FakeApplications.h"
 #include "support/FakeControlEndpoint.h"
 #include "support/FakeDesktopPreferences.h"
+#include "support/FakeFileChooser.h"
+#include "support/FakeFileManager.h"
 #include "support/FakeFullScreenWatch.h"
 #include "support/FakeHookConnection.h"
+#include "support/FakeLoginItem.h"
 #include "support/FakeNotificationCentre.h"
 #include "support/FakeOverlayWindows.h"
 #include "support/FakePeerIdentity.h"
@@ -48,7 +51,9 @@ protected:
         ASSERT_EQ(delegate.publishControl(), ControlEndpoint::Publication::Published);
         app.emplace(delegate,
                     VantryApp::Ports { clock, scheduler, item, overlays, preferences, screens, fullScreens.maker(),
-                                       sessionLock.maker() },
+                                       sessionLock.maker(), fileChooser, fileManager, loginItem,
+                                       [](const QString &name) { return std::optional(u'/' + name); },
+                                       [] { return QStringLiteral("python3"); } },
                     [this] {
                         ++panelsMade;
                         auto made = std::make_unique<MenuBarViewModel>(delegate.panelServices(), SessionCallbacks {});
@@ -113,6 +118,9 @@ protected:
     FakeScreens screens;
     FakeFullScreenWatch fullScreens;
     FakeSessionLock sessionLock;
+    FakeFileChooser fileChooser;
+    FakeFileManager fileManager;
+    FakeLoginItem loginItem;
     MenuBarViewModel *model { nullptr }; ///< Null until the panel is opened.
     int panelsMade { 0 };
     std::optional<VantryApp> app;

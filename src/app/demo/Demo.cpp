@@ -43,7 +43,8 @@ Demo::~Demo() = default;
 
 void Demo::start()
 {
-    // All that there is to be seen.
+    // All that there is to be seen, at once.
+    m_delegate.defaults().setBoolean(QStringLiteral("hasCompletedOnboarding"), true);
     m_delegate.defaults().setString(QStringLiteral("displayMode"), QStringLiteral("both"));
     m_director.prepareMemories();
     m_delegate.applicationDidFinishLaunching();

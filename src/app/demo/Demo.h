@@ -21,6 +21,7 @@ public:
     ~Demo();
 
     [[nodiscard]] AppDelegate &delegate() { return m_delegate; }
+    [[nodiscard]] LoginItem &loginItem() { return m_loginItem; }
     [[nodiscard]] const Paths &paths() const { return m_paths; }
 
     /// False when there is no place for the scratch home.
@@ -38,6 +39,7 @@ private:
     NoApplications m_applications;
     NoScripts m_scripts;
     NoNotifications m_notifications;
+    NoLoginItem m_loginItem;
     Terminal m_terminal;
     AppDelegate m_delegate;
     WorkerPool m_workers { 1 };

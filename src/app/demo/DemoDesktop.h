@@ -3,6 +3,7 @@
 #include "base/MainQueue.h"
 #include "platform/Applications.h"
 #include "platform/ControlEndpoint.h"
+#include "platform/LoginItem.h"
 #include "platform/PeerIdentity.h"
 #include "platform/ProcessTable.h"
 #include "platform/ScriptHost.h"
@@ -70,6 +71,22 @@ class NoScripts final : public ScriptHost
 public:
     void run(const AppleScript &, Done done) override { done({}); }
     void runTool(const QString &, const QStringList &, Done done) override { done({}); }
+};
+
+/// Vantry starts at nobody's login: it only seems so while this runs.
+class NoLoginItem final : public LoginItem
+{
+public:
+    [[nodiscard]] bool isEnabled() const override { return m_isEnabled; }
+    [[nodiscard]] std::optional<QString> setEnabled(bool isEnabled) override
+    {
+        m_isEnabled = isEnabled;
+        return std::nullopt;
+    }
+    void setOnChanged(std::function<void()>) override {}
+
+private:
+    bool m_isEnabled { false };
 };
 
 /// The terminal in which the agents seem to run. Its identifiers are those of the sessions.

@@ -1,0 +1,7 @@
+import QtQml
+
+/// A tab of a `TabRow`.
+QtObject {
+    property string symbol
+    property string title
+}
