@@ -6,6 +6,8 @@ build=$(readlink -f -- "$1")
 scratch=$(mktemp -d)
 trap 'kill $(jobs -p) 2>/dev/null; rm -rf "$scratch"' EXIT
 mkdir -m 700 "$scratch/run"
+mkdir -p "$scratch/config/Vantry"
+echo '{"hasCompletedOnboarding":true}' >"$scratch/config/Vantry/settings.json"
 export HOME=$scratch XDG_DATA_HOME=$scratch/data XDG_CONFIG_HOME=$scratch/config XDG_RUNTIME_DIR=$scratch/run
 export QT_LOGGING_RULES='*.debug=false' DISPLAY=:$((1000 + $$ % 50000))
 unset WAYLAND_DISPLAY QT_QPA_PLATFORM

@@ -25,6 +25,7 @@ protected:
     {
         if (!mode.isEmpty())
             delegate.defaults().setString(u"displayMode"_s, mode);
+        delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, true);
         mainQueue.drainAll();
         start();
         delegate.applicationDidFinishLaunching();

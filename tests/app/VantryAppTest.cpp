@@ -1,5 +1,8 @@
 #include "ShellFixture.h"
 
+#include "app/onboarding/OnboardingViewModel.h"
+
+#include <QQuickItem>
 #include <QScreen>
 
 namespace vantry::test {
@@ -32,6 +35,27 @@ protected:
         elsewhere.show();
         elsewhere.requestActivate();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    }
+
+    void launch()
+    {
+        start();
+        delegate.applicationDidFinishLaunching();
+        mainQueue.drainAll();
+    }
+    [[nodiscard]] QQuickView *setUp() { return app->windows().window(VantryApp::onboardingWindow); }
+    void waitUntilSetUpHasGone()
+    {
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !setUp(); }));
+    }
+    [[nodiscard]] int stepOfSetUp()
+    {
+        return setUp()->rootObject()->property("viewModel").value<OnboardingViewModel *>()->stepIndex();
+    }
+    [[nodiscard]] bool isSetUpDone() { return delegate.defaults().boolean(u"hasCompletedOnboarding"_s, false); }
+    void finishSetUp()
+    {
+        Q_EMIT setUp()->rootObject()->property("viewModel").value<OnboardingViewModel *>()->completed();
     }
 
     QWindow elsewhere;
@@ -314,6 +338,120 @@ TEST_F(VantryAppTest, opensNoWindowOfAnUnknownId)
 
     EXPECT_FALSE(app->windows().open(u"nonsense"_s));
     app->windows().dismiss(u"nonsense"_s);
+}
+
+TEST_F(VantryAppTest, opensTheSetUpAMomentAfterTheFirstStart)
+{
+    launch();
+    scheduler.advance(299ms);
+    EXPECT_EQ(setUp(), nullptr);
+
+    scheduler.advance(1ms);
+
+    ASSERT_TRUE(setUp());
+    EXPECT_TRUE(QTest::qWaitForWindowActive(setUp()));
+    EXPECT_EQ(setUp()->title(), u"Vantry Setup"_s);
+    EXPECT_EQ(setUp()->size(), QSize(520, 460));
+    EXPECT_EQ(setUp()->minimumSize(), setUp()->maximumSize()) << "it can't be resized";
+    EXPECT_EQ(panelsMade, 0);
+    setTextScale(1.25);
+    EXPECT_EQ(setUp()->size(), QSize(650, 575));
+    setTextScale(4);
+    EXPECT_EQ(setUp()->size(), setUp()->screen()->availableSize());
+}
+
+TEST_F(VantryAppTest, opensNoSetUpWhereThatIsDone)
+{
+    delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, true);
+    launch();
+    scheduler.advance(10s);
+
+    clickAndWait();
+
+    EXPECT_EQ(setUp(), nullptr);
+}
+
+TEST_F(VantryAppTest, bringsTheSetUpBackWithThePanelAtItsStep)
+{
+    launch();
+    scheduler.advance(300ms);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(setUp()));
+    QTest::keyClick(setUp(), Qt::Key_Return);
+    EXPECT_EQ(stepOfSetUp(), 1);
+    setUp()->close();
+    waitUntilSetUpHasGone();
+    EXPECT_FALSE(isSetUpDone());
+
+    clickAndWait();
+
+    ASSERT_TRUE(setUp());
+    EXPECT_TRUE(setUp()->isVisible());
+    EXPECT_EQ(stepOfSetUp(), 1);
+    EXPECT_TRUE(isOpen()) << "the panel is not in the way, and the set-up is not in its way";
+}
+
+TEST_F(VantryAppTest, keepsThePanelThatIsOpenWhenTheSetUpComes)
+{
+    launch();
+    clickAndWait();
+    EXPECT_TRUE(setUp()) << "the panel brings it";
+    scheduler.advance(300ms);
+
+    EXPECT_TRUE(setUp()->isVisible());
+}
+
+TEST_F(VantryAppTest, isDoneWithTheSetUpOnce)
+{
+    launch();
+    scheduler.advance(300ms);
+
+    finishSetUp();
+    waitUntilSetUpHasGone();
+
+    EXPECT_TRUE(isSetUpDone());
+    // As the settings do: it is for the next start.
+    delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, false);
+    mainQueue.drainAll();
+    clickAndWait();
+    EXPECT_EQ(setUp(), nullptr);
+}
+
+TEST_F(VantryAppTest, opensNoSetUpWhenItIsResetInThisRun)
+{
+    delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, true);
+    launch();
+    scheduler.advance(10s);
+
+    delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, false);
+    mainQueue.drainAll();
+    scheduler.advance(10s);
+    clickAndWait();
+
+    EXPECT_EQ(setUp(), nullptr);
+}
+
+TEST_F(VantryAppTest, leavesTheSetUpOpenWhenItIsSaidToBeDoneElsewhere)
+{
+    launch();
+    scheduler.advance(300ms);
+
+    delegate.defaults().setBoolean(u"hasCompletedOnboarding"_s, true);
+    mainQueue.drainAll();
+
+    EXPECT_TRUE(setUp()->isVisible());
+    setUp()->close();
+    waitUntilSetUpHasGone();
+    clickAndWait();
+    EXPECT_EQ(setUp(), nullptr) << "but it isn't brought back";
+}
+
+TEST_F(VantryAppTest, endsWithTheSetUpOpen)
+{
+    launch();
+    scheduler.advance(300ms);
+    ASSERT_TRUE(setUp());
+
+    app.reset();
 }
 
 TEST_F(VantryAppTest, showsNothingAfterItsEnd)

@@ -106,11 +106,11 @@ TEST_F(Notification, aSettingTurnsThemOffWhileTheProgramRuns)
         EXPECT_TRUE(file.open(QFile::WriteOnly));
         file.write(text);
     };
-    set("{\"notifications_enabled\": false}");
+    set("{\"notifications_enabled\": false, \"hasCompletedOnboarding\": true}");
     startServer();
     start();
     vantry.post(event("Stop", "off"));
-    set("{}");
+    set("{\"hasCompletedOnboarding\": true}");
 
     // The change is taken over soon; each session has a cooldown of its own.
     int number = 0;

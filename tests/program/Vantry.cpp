@@ -100,8 +100,19 @@ void Vantry::startWithWindows()
     ASSERT_FALSE(isHealthy()) << "port 49152 is taken: a running Vantry has to be ended before these tests";
     QProcessEnvironment inMemory;
     inMemory.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    skipSetUp();
     m_application = other(programPath, {}, inMemory);
     waitUntilItAnswers();
+}
+
+/// Unless the test has settings of its own.
+void Vantry::skipSetUp() const
+{
+    const QString folder = home() + QStringLiteral("/config/Vantry");
+    QFile settings(folder + QStringLiteral("/settings.json"));
+    EXPECT_TRUE(QDir().mkpath(folder));
+    if (settings.open(QFile::WriteOnly | QFile::NewOnly))
+        settings.write("{\"hasCompletedOnboarding\":true}");
 }
 
 void Vantry::waitUntilItAnswers()

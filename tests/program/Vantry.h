@@ -71,6 +71,7 @@ public:
     [[nodiscard]] const QString &busAddress() const { return m_busAddress; }
 
 private:
+    void skipSetUp() const;
     void waitUntilItAnswers();
     void startBus();
 

@@ -61,6 +61,8 @@ Desktop::Desktop(Options options)
         m_environment.insert(variable, path(folder));
     }
     QFile::setPermissions(path(u"run"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (!options.firstStart)
+        skipSetUp();
 
     // The services that the bus starts find the display only when the server is there first.
     startServer();
@@ -85,6 +87,14 @@ Desktop::~Desktop()
         else
             qunsetenv(variable.constData());
     }
+}
+
+void Desktop::skipSetUp()
+{
+    const QString folder = path(u"home/.config/Vantry"_s);
+    QFile settings(folder + u"/settings.json"_s);
+    EXPECT_TRUE(QDir().mkpath(folder) && settings.open(QFile::WriteOnly));
+    settings.write("{\"hasCompletedOnboarding\":true}");
 }
 
 void Desktop::startServer()

@@ -23,7 +23,8 @@ public:
     struct Options
     {
         bool windowManager { true };
-        bool bus { false }; ///< With the services of the machine, which find the display.
+        bool bus { false };        ///< With the services of the machine, which find the display.
+        bool firstStart { false }; ///< Vantry was never set up by this user.
     };
 
     explicit Desktop(Options options);
@@ -62,6 +63,7 @@ public:
     [[nodiscard]] ChildProcess &windowManager() { return *m_windowManager; }
 
 private:
+    void skipSetUp();
     void startServer();
     void endServer();
     void startBus();
