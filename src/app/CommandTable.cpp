@@ -288,16 +288,20 @@ QString usage(const OptionEntry &option)
     return option.value.isEmpty() ? option.name.toString() : option.name + u' ' + option.value;
 }
 
+bool isAlternative(const CommandEntry &command, std::size_t option)
+{
+    return option > 0 && command.options[option].excludes == command.options[option - 1].id;
+}
+
 QString usage(const CommandEntry &command)
 {
     QString text = command.name.toString();
     for (const OperandEntry &operand : command.operands)
         text += u' ' + operand.name + (operand.isRepeated ? u"..." : u"");
     for (std::size_t i = 0; i < command.options.size(); ++i) {
-        const bool isAlternative = i > 0 && command.options[i].excludes == command.options[i - 1].id;
-        if (isAlternative)
+        if (isAlternative(command, i))
             text.chop(1);
-        text += (isAlternative ? u" | " : u" [") + usage(command.options[i]) + u']';
+        text += (isAlternative(command, i) ? u" | " : u" [") + usage(command.options[i]) + u']';
     }
     return text;
 }

@@ -90,6 +90,8 @@ struct NamedMeaning
 [[nodiscard]] const std::vector<NamedMeaning> &environmentVariables();
 [[nodiscard]] const std::vector<NamedMeaning> &files();
 
+/// Whether the option stands in the place of the one before it, as in "[--resume ID | --continue]".
+[[nodiscard]] bool isAlternative(const CommandEntry &command, std::size_t option);
 /// The command with what it takes, as in "deny ID [--stop]".
 [[nodiscard]] QString usage(const CommandEntry &command);
 /// An option with its value, as in "--limit N".

@@ -31,11 +31,7 @@ TEST(ManualPage, showsEveryCommandWithWhatItTakes)
 {
     const QString page = shownPage();
     for (const CommandEntry *command : allCommands()) {
-        QString line = command->name.toString();
-        for (const OperandEntry &operand : command->operands)
-            line += u' ' + operand.name + (operand.isRepeated ? u"..." : u"");
-        for (const OptionEntry &option : command->options)
-            line += " [" + usage(option) + ']';
+        const QString line = usage(*command);
         // A short one stands on the same line as what it means.
         EXPECT_TRUE(page.contains("\n       " + line + '\n') || page.contains("\n       " + line + "  "))
             << line.toStdString();

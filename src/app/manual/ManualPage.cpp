@@ -76,8 +76,11 @@ QString term(const CommandEntry &command)
     QString text = bold(command.name);
     for (const OperandEntry &operand : command.operands)
         text += u' ' + italic(operand.name) + (operand.isRepeated ? u"..." : u"");
-    for (const OptionEntry &option : command.options)
-        text += u" [" + term(option) + u']';
+    for (std::size_t i = 0; i < command.options.size(); ++i) {
+        if (isAlternative(command, i))
+            text.chop(1);
+        text += (isAlternative(command, i) ? u" | " : u" [") + term(command.options[i]) + u']';
+    }
     return text;
 }
 
