@@ -9,8 +9,6 @@ T.TextField {
 
     /// What it is for.
     property string label
-    /// Its text is shown as dots, and can't be copied.
-    property bool isSecret: false
 
     /// The user is done: by Return, or by going elsewhere.
     signal done
@@ -19,18 +17,14 @@ T.TextField {
     leftPadding: Tokens.sp8
     rightPadding: Tokens.sp8
     verticalAlignment: TextInput.AlignVCenter
-    font: isSecret ? Tokens.body.font : Tokens.code.font
+    font: Tokens.code.font
     color: Theme.text
     selectionColor: Theme.focus
     selectedTextColor: Theme.bg
     selectByMouse: true
     hoverEnabled: true
-    echoMode: isSecret ? TextInput.Password : TextInput.Normal
-    passwordCharacter: "•"
-    inputMethodHints: isSecret ? Qt.ImhSensitiveData | Qt.ImhHiddenText | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase : Qt.ImhNone
     Accessible.role: Accessible.EditableText
     Accessible.name: label
-    Accessible.passwordEdit: isSecret
 
     onAccepted: done()
     onActiveFocusChanged: {

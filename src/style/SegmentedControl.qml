@@ -57,8 +57,7 @@ Rectangle {
                 checked: isSelected
                 autoExclusive: false
                 hoverEnabled: true
-                focusPolicy: isSelected || root.selected < 0 ? Qt.StrongFocus : Qt.ClickFocus
-                activeFocusOnTab: isSelected || root.selected < 0
+                focusPolicy: isSelected || activeFocus || root.selected < 0 ? Qt.StrongFocus : Qt.ClickFocus
                 Accessible.name: text
                 Accessible.checkable: true
                 Accessible.checked: isSelected

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Vantry.Style
 
 /// What is on or off. It shows what it is told, and only asks to be flipped: whoever owns the value decides.
-T.AbstractButton {
+T.CheckBox {
     id: root
 
     property bool on: false
@@ -15,19 +15,21 @@ T.AbstractButton {
 
     implicitWidth: Tokens.switchWidth
     implicitHeight: Tokens.switchHeight
+    checked: on
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     opacity: usable ? 1 : Tokens.disabledOpacity
-    Accessible.role: Accessible.CheckBox
     Accessible.name: text
     Accessible.description: disabledReason
-    Accessible.checkable: true
     Accessible.checked: on
     Accessible.onPressAction: guard.press()
     Accessible.onToggleAction: guard.press()
 
     Keys.onSpacePressed: event => event.accepted = !root.usable
-    onClicked: flipped(!on)
+    onClicked: {
+        checked = Qt.binding(() => on);
+        flipped(!on);
+    }
 
     background: Rectangle {
         radius: height / 2

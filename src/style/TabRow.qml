@@ -35,7 +35,7 @@ Item {
 
             model: root.entries
 
-            T.AbstractButton {
+            T.TabButton {
                 id: tab
 
                 required property int index
@@ -47,10 +47,11 @@ Item {
                 implicitWidth: Math.ceil(Tokens.iconRegular + Tokens.sp6 + widest.implicitWidth) + 2 * Tokens.sp12
                 implicitHeight: Tokens.fieldHeight
                 text: modelData.title
+                checkable: false
+                checked: isCurrent
+                autoExclusive: false
                 hoverEnabled: true
-                focusPolicy: isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                activeFocusOnTab: isCurrent
-                Accessible.role: Accessible.PageTab
+                focusPolicy: isCurrent || activeFocus ? Qt.StrongFocus : Qt.ClickFocus
                 Accessible.name: text
                 Accessible.selectable: true
                 Accessible.selected: isCurrent

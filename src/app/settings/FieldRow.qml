@@ -1,19 +1,13 @@
 import QtQuick
 import Vantry.Style
 
-/// A setting that is typed.
+/// A setting that is typed: its name, and the field, which is its only child.
 Item {
     id: root
 
     required property string label
-    property string text
-    property bool isSecret: false
     property bool isFirst: false
-    /// The field's, for those who look for it.
-    property string fieldName
-
-    signal edited(string text)
-    signal done
+    default property alias field: slot.data
 
     width: parent?.width ?? 0
     implicitHeight: 38
@@ -34,17 +28,14 @@ Item {
         textStyle: Tokens.control
         Accessible.ignored: true
     }
-    FormField {
-        objectName: root.fieldName
+    Item {
+        id: slot
+
         anchors.left: name.right
         anchors.leftMargin: Tokens.sp8
         anchors.right: parent.right
         anchors.rightMargin: Tokens.sp12
-        anchors.verticalCenter: parent.verticalCenter
-        label: root.label
-        isSecret: root.isSecret
-        text: root.text
-        onTextEdited: root.edited(text)
-        onDone: root.done()
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
     }
 }

@@ -8,6 +8,9 @@ SettingsPage {
 
     required property TelegramSettingsTabModel model
 
+    // A field that goes with its tab is not told that it loses the focus.
+    Component.onDestruction: model.commit()
+
     SettingsGroup {
         SettingsRow {
             isFirst: true
@@ -43,18 +46,29 @@ SettingsPage {
         FieldRow {
             isFirst: true
             label: qsTr("Bot Token")
-            fieldName: "botToken"
-            isSecret: true
-            text: root.model.botToken
-            onEdited: text => root.model.botToken = text
-            onDone: root.model.commit()
+
+            SecretField {
+                objectName: "botToken"
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.width
+                label: qsTr("Bot Token")
+                secret: root.model.botToken
+                onSecretEdited: secret => root.model.botToken = secret
+                onDone: root.model.commit()
+            }
         }
         FieldRow {
             label: qsTr("Chat ID")
-            fieldName: "chatID"
-            text: root.model.chatID
-            onEdited: text => root.model.chatID = text
-            onDone: root.model.commit()
+
+            FormField {
+                objectName: "chatID"
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.width
+                label: qsTr("Chat ID")
+                text: root.model.chatID
+                onTextEdited: root.model.chatID = text
+                onDone: root.model.commit()
+            }
         }
     }
     Label {
