@@ -3,6 +3,7 @@
 #include "gallery/ChatPictures.h"
 #include "gallery/NotchPictures.h"
 #include "gallery/NotchSurfacePictures.h"
+#include "gallery/SettingsPictures.h"
 #include "sessions/GitRepositories.h"
 
 #include <QDir>
@@ -329,6 +330,7 @@ const std::vector<Picture> &pictures()
         addChatPictures(list);
         addNotchPictures(list);
         addNotchSurfacePictures(list);
+        addSettingsPictures(list);
         addVariants(list);
         return list;
     }();
