@@ -3,6 +3,7 @@
 #include "gallery/ChatPictures.h"
 #include "gallery/NotchPictures.h"
 #include "gallery/NotchSurfacePictures.h"
+#include "gallery/OnboardingPictures.h"
 #include "gallery/SettingsPictures.h"
 #include "sessions/GitRepositories.h"
 
@@ -330,6 +331,7 @@ const std::vector<Picture> &pictures()
         addChatPictures(list);
         addNotchPictures(list);
         addNotchSurfacePictures(list);
+        addOnboardingPictures(list);
         addSettingsPictures(list);
         addVariants(list);
         return list;

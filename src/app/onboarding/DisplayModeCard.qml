@@ -20,12 +20,12 @@ T.RadioButton {
     checked: isSelected
     autoExclusive: false
     hoverEnabled: true
-    focusPolicy: isTabStop ? Qt.TabFocus : Qt.NoFocus
+    focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
     Accessible.name: qsTr("%1, %2").arg(text).arg(caption)
     Accessible.checkable: true
     Accessible.onPressAction: clicked()
     onIsSelectedChanged: {
-        if (isSelected && (parent as Item).activeFocus)
+        if (isSelected && Window.activeFocusItem?.parent === parent)
             forceActiveFocus(Qt.TabFocusReason);
     }
 

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vantry.App
 import Vantry.Panels
 import Vantry.Style
@@ -9,6 +10,7 @@ FocusScope {
     id: root
 
     required property OnboardingViewModel viewModel
+    readonly property T.ComboBox focusedBox: Window.activeFocusItem as T.ComboBox
 
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable
     LayoutMirroring.childrenInherit: true
@@ -53,8 +55,15 @@ FocusScope {
         id: announcer
     }
     Shortcut {
-        sequences: ["Alt+Left", StandardKey.Back]
+        sequence: "Alt+Left"
         onActivated: root.viewModel.back()
+    }
+    // A box would open by it.
+    Shortcut {
+        enabled: root.focusedBox !== null && !root.focusedBox.popup.visible
+        sequences: ["Return", "Enter"]
+        autoRepeat: false
+        onActivated: root.viewModel.advance()
     }
     Rectangle {
         anchors.fill: parent
