@@ -442,5 +442,41 @@ TEST_F(NotchShellTest, followsTheScreens)
     EXPECT_TRUE(waitForNotchAt({ 960, 0 }));
 }
 
+TEST_F(NotchShellTest, theSettingsAreChangedByTheKeyboardAlone)
+{
+    start(u"menuBar"_s);
+    desktop.start(QStringLiteral(VANTRY_PROGRAM), { u"settings"_s }, environment);
+    const auto active = [this] { return desktop.outputOf(u"xdotool"_s, { u"getactivewindow"_s, u"getwindowname"_s }); };
+    ASSERT_TRUE(FakeTray::waitFor([&] { return active() == u"Settings"; }));
+    const auto press = [this](const QString &keys) {
+        (void)desktop.outputOf(u"xdotool"_s, QStringList { u"key"_s } + keys.split(u' '));
+    };
+    const auto stores = [this](const QByteArray &setting) {
+        return FakeTray::waitFor([&] {
+            QFile file(settingsFolder() + u"/settings.json");
+            return file.open(QFile::ReadOnly) && file.readAll().simplified().contains(setting);
+        });
+    };
+
+    // At first the focus is on the tabs.
+    press(u"Tab space"_s);
+    const QString entry = desktop.path(u"home/.config/autostart/com.vantry.app.desktop"_s);
+    EXPECT_TRUE(FakeTray::waitFor([&] { return QFile::exists(entry); }));
+    press(u"space"_s);
+    EXPECT_TRUE(FakeTray::waitFor([&] { return !QFile::exists(entry); }));
+
+    press(u"Tab Right"_s);
+    EXPECT_TRUE(stores(R"("displayMode": "notch")"));
+    press(u"Right"_s);
+    EXPECT_TRUE(stores(R"("displayMode": "both")"));
+    EXPECT_TRUE(waitForNotch());
+    press(u"Tab space"_s);
+    EXPECT_TRUE(stores(R"("virtual_notch": false)"));
+    EXPECT_TRUE(FakeTray::waitFor([this] { return notch() == 0; }));
+
+    press(u"Escape"_s);
+    EXPECT_TRUE(FakeTray::waitFor([&] { return active() != u"Settings"; }));
+}
+
 } // namespace
 } // namespace vantry::test
