@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Vantry.Style
 
 /// What is on or off. It shows what it is told, and only asks to be flipped: whoever owns the value decides.
-T.CheckBox {
+T.AbstractButton {
     id: root
 
     property bool on: false
@@ -15,6 +15,7 @@ T.CheckBox {
 
     implicitWidth: Tokens.switchWidth
     implicitHeight: Tokens.switchHeight
+    checkable: true
     checked: on
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus

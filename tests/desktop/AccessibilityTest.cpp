@@ -2,6 +2,8 @@
 #include "desktop/support/Desktop.h"
 #include "program/HookCall.h"
 
+#include <QFile>
+
 #include <gmock/gmock.h>
 
 namespace vantry::test {
@@ -74,6 +76,28 @@ TEST_F(AccessibilityDesktopTest, theFocusIsToldAsItMoves)
         (void)desktop.outputOf(u"xdotool"_s, { u"key"_s, u"Down"_s });
         return tree.hasFocus(*row);
     }));
+}
+
+TEST_F(AccessibilityDesktopTest, theSettingsAreReadOutAndFlippedByAScreenReader)
+{
+    desktop.start(QStringLiteral(VANTRY_PROGRAM), { u"settings"_s });
+    const auto mode = waitFor(AccessibleTree::RadioButton, u"Both"_s);
+    const auto sounds = waitFor(AccessibleTree::CheckBox, u"Sounds"_s);
+    const auto telegram = waitFor(AccessibleTree::PageTab, u"Telegram"_s);
+    ASSERT_TRUE(mode && sounds && telegram);
+    const auto stores = [this](const QByteArray &setting) {
+        return eventually([&] {
+            QFile file(desktop.path(u"home/.config/Vantry/settings.json"_s));
+            return file.open(QFile::ReadOnly) && file.readAll().simplified().contains(setting);
+        });
+    };
+
+    EXPECT_TRUE(tree.press(*sounds));
+    EXPECT_TRUE(stores(R"("sounds_enabled": false)"));
+    EXPECT_TRUE(tree.press(*mode));
+    EXPECT_TRUE(stores(R"("displayMode": "both")"));
+    EXPECT_TRUE(tree.press(*telegram));
+    EXPECT_TRUE(waitFor(AccessibleTree::PasswordText, {})) << "that of the bot's token";
 }
 
 } // namespace

@@ -15,7 +15,15 @@ class AccessibleTree
 {
 public:
     /// The protocol's numbers (AtspiRole).
-    enum Role : uint { List = 31, ListItem = 32, PushButton = 43 };
+    enum Role : uint {
+        CheckBox = 7,
+        List = 31,
+        ListItem = 32,
+        PageTab = 37,
+        PasswordText = 40,
+        PushButton = 43,
+        RadioButton = 44
+    };
 
     struct Object
     {
