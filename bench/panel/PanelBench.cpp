@@ -1,6 +1,7 @@
 // Starts the program again and again on the desktop that it finds itself on, plays the tray that its icon registers
 // with, and measures from outside: how soon the icon is there, how soon the panel is on the screen, and the memory;
-// then it types into the search, and measures how soon the letter is on the screen, and how soon what was found.
+// then it types into the search, and measures how soon the letter is on the screen, and how soon what was found; and
+// how soon the settings are there.
 
 #include "base/Clock.h"
 #include "base/DebugLog.h"
@@ -41,10 +42,14 @@ constexpr int openings = 20;
 constexpr int rememberedSessions = 1'000;
 constexpr int promptsOfEach = 140; ///< 5 KB
 /// Where the pointer is when the icon is clicked, and a place that the panel, but for its first line of pixels, covers.
-constexpr int pointerX = 1'000;
-constexpr int pointerY = 5;
-constexpr int probeX = pointerX - 184;
-constexpr int probeY = 250;
+constexpr std::int16_t pointerX = 1'000;
+constexpr std::int16_t pointerY = 5;
+constexpr std::int16_t probeX = pointerX - 184;
+constexpr std::int16_t probeY = 250;
+/// Beside the first group of the settings, which open in the middle of the screen, and what is there then.
+constexpr std::int16_t settingsX = 750;
+constexpr std::int16_t settingsY = 600;
+constexpr std::uint32_t settingsGround = 0xF6F7F8;
 /// Of the search: the text that is typed, and the rows that are found.
 constexpr xcb_rectangle_t searchField { 850, 66, 280, 22 };
 constexpr xcb_rectangle_t searchResults { 820, 130, 350, 300 };
@@ -84,7 +89,7 @@ public:
     {
         auto message = QDBusMessage::createMethodCall(m_icon, u"/StatusNotifierItem"_s, u"org.kde.StatusNotifierItem"_s,
                                                       u"Activate"_s);
-        message.setArguments({ pointerX, pointerY });
+        message.setArguments({ int { pointerX }, int { pointerY } });
         m_bus.asyncCall(message);
     }
     QString introspect(const QString &) const override
@@ -115,13 +120,14 @@ public:
         , m_root(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root)
     {
         xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0, pointerX, pointerY);
-        m_empty = pixel();
+        m_empty = pixel(probeX, probeY);
     }
     ~Probe() { xcb_disconnect(m_connection); }
     Probe(const Probe &) = delete;
     Probe &operator=(const Probe &) = delete;
 
-    [[nodiscard]] bool isCovered() const { return pixel() != m_empty; }
+    [[nodiscard]] bool isCovered() const { return pixel(probeX, probeY) != m_empty; }
+    [[nodiscard]] bool showsSettings() const { return pixel(settingsX, settingsY) == settingsGround; }
     [[nodiscard]] QByteArray picture(const xcb_rectangle_t &area) const
     {
         const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, area.x, area.y, area.width,
@@ -154,10 +160,10 @@ public:
     }
 
 private:
-    [[nodiscard]] std::uint32_t pixel() const
+    [[nodiscard]] std::uint32_t pixel(std::int16_t x, std::int16_t y) const
     {
         std::uint32_t value = 0;
-        std::memcpy(&value, picture({ probeX, probeY, 1, 1 }).constData(), sizeof value);
+        std::memcpy(&value, picture({ x, y, 1, 1 }).constData(), sizeof value);
         return value & 0xFFFFFFU;
     }
 
@@ -263,6 +269,28 @@ struct Typing
     }
 };
 
+/// Starts the program anew and opens its settings.
+double openSettings(const QString &program, Tray &tray, const Probe &probe)
+{
+    QProcess vantry;
+    vantry.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    vantry.start(program, {});
+    waitFor([&] { return tray.hasIcon(); }, "no icon came");
+    QThread::sleep(2);
+    auto call = QDBusMessage::createMethodCall(u"com.vantry.app"_s, u"/com/vantry/app"_s,
+                                               u"org.freedesktop.Application"_s, u"ActivateAction"_s);
+    call.setArguments({ u"settings"_s, QVariantList(), QVariantMap() });
+    QElapsedTimer timer;
+    timer.start();
+    QDBusConnection::sessionBus().asyncCall(call);
+    waitFor([&] { return probe.showsSettings(); }, "no settings came");
+    const double result = milliseconds(timer);
+    vantry.terminate();
+    vantry.waitForFinished();
+    tray.forget();
+    return result;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -281,6 +309,7 @@ int main(int argc, char **argv)
     Figures later { "later opening", 20, "ms", {} };
     Figures open { "memory with the panel open", 75, "MB", {} };
     Figures closed { "memory with the panel closed again", 75, "MB", {} };
+    Figures settings { "first opening of the settings", 150, "ms", {} };
     Typing typing;
     for (int start = 0; start < starts; ++start) {
         QProcess vantry;
@@ -313,9 +342,10 @@ int main(int argc, char **argv)
         vantry.terminate();
         vantry.waitForFinished();
         tray.forget();
+        settings.values.push_back(openSettings(program, tray, probe));
     }
-    for (Figures *figures :
-         { &icon, &before, &first, &later, &open, &closed, &typing.letter, &typing.firstResults, &typing.laterResults })
+    for (Figures *figures : { &icon, &before, &first, &later, &open, &closed, &typing.letter, &typing.firstResults,
+                              &typing.laterResults, &settings })
         figures->print();
     return 0;
 }
