@@ -7,7 +7,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <ranges>
 
 namespace vantry {
 
@@ -25,12 +24,9 @@ bool isExecutableFile(const QString &path)
 std::optional<QString> lastPath(const QString &output)
 {
     const QStringList lines = output.split(u'\n');
-    for (const QString &line : std::views::reverse(lines)) {
-        const QString path = line.trimmed();
-        if (path.startsWith(u'/'))
-            return path;
-    }
-    return std::nullopt;
+    const auto line =
+        std::find_if(lines.rbegin(), lines.rend(), [](const QString &text) { return text.trimmed().startsWith(u'/'); });
+    return line == lines.rend() ? std::nullopt : std::optional(line->trimmed());
 }
 
 /// Each entry of the folder with the rest behind it; none when the folder can't be read.

@@ -6,10 +6,10 @@ namespace {
 
 Paths pathsIn(const QString &folder)
 {
-    const Paths paths { .home = folder + u"/home",
-                        .dataFolder = folder + u"/data",
-                        .configFile = folder + u"/settings.json",
-                        .runtimeFolder = {} };
+    Paths paths { .home = folder + u"/home",
+                  .dataFolder = folder + u"/data",
+                  .configFile = folder + u"/settings.json",
+                  .runtimeFolder = {} };
     makePrivateFolder(paths.home);
     makePrivateFolder(paths.dataFolder);
     return paths;
