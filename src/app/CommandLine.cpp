@@ -130,7 +130,7 @@ private:
         const auto count = static_cast<qsizetype>(wanted.size());
         for (qsizetype i = 0; i < count; ++i) {
             const OperandEntry &operand = wanted[static_cast<std::size_t>(i)];
-            if (const auto error = checkOperand(operand, operand.isRepeated ? given.mid(i) : given.mid(i, 1)))
+            if (auto error = checkOperand(operand, operand.isRepeated ? given.mid(i) : given.mid(i, 1)))
                 return error;
         }
         if (given.size() > count && (wanted.empty() || !wanted.back().isRepeated))
