@@ -46,7 +46,7 @@ Column {
                     anchors.left: picture.right
                     anchors.leftMargin: Tokens.sp8 + Tokens.sp2
                     anchors.right: parent.right
-                    anchors.rightMargin: parent.width - combo.x + Tokens.sp8
+                    anchors.rightMargin: combo.width + play.width + Tokens.sp12 + 2 * Tokens.sp8
                     anchors.verticalCenter: parent.verticalCenter
                     text: row.label
                     textStyle: Tokens.control

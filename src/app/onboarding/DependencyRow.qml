@@ -23,25 +23,25 @@ Item {
         id: picture
 
         anchors.left: parent.left
-        anchors.leftMargin: Tokens.sp16
+        anchors.leftMargin: Tokens.sp12 + Tokens.sp2
         anchors.verticalCenter: parent.verticalCenter
         name: root.symbol
     }
     Label {
-        id: title
+        id: titleLabel
 
         anchors.left: picture.right
         anchors.leftMargin: Tokens.sp12
         anchors.right: state.left
-        anchors.rightMargin: Tokens.sp8
+        anchors.rightMargin: Tokens.sp6
         y: Tokens.sp8 + Tokens.sp2
         text: root.title
         textStyle: Tokens.row
         Accessible.ignored: true
     }
     PathLabel {
-        anchors.left: title.left
-        anchors.right: title.right
+        anchors.left: titleLabel.left
+        anchors.right: titleLabel.right
         anchors.verticalCenter: missing.verticalCenter
         visible: root.status.isFound
         path: root.status.path
@@ -51,11 +51,11 @@ Item {
     Row {
         id: missing
 
-        anchors.left: title.left
-        anchors.top: title.bottom
+        anchors.left: titleLabel.left
+        anchors.top: titleLabel.bottom
         height: Tokens.hitMin
         visible: root.status.isMissing
-        spacing: Tokens.sp6
+        spacing: Tokens.sp4
 
         Label {
             id: verdict
@@ -78,7 +78,7 @@ Item {
 
                 x: Tokens.sp6
                 y: 1
-                width: Math.min(implicitWidth, title.width - verdict.width - copy.width - 2 * missing.spacing - 2 * x)
+                width: Math.min(implicitWidth, titleLabel.width - verdict.width - copy.width - 2 * missing.spacing - 2 * x)
                 text: root.hint
                 textStyle: Tokens.code
             }
@@ -95,7 +95,7 @@ Item {
         id: state
 
         anchors.right: parent.right
-        anchors.rightMargin: Tokens.sp12 + Tokens.sp2
+        anchors.rightMargin: Tokens.sp12
         anchors.verticalCenter: parent.verticalCenter
         width: Tokens.iconLarge
         height: Tokens.iconLarge

@@ -1,12 +1,13 @@
 import QtQuick
-import QtQuick.Templates as T
 import Vantry.Panels
 import Vantry.Style
 
-/// A place for sessions, with a small picture of it.
-T.RadioButton {
+/// A place for sessions, with a small picture of it. No control of the toolkit's: one that is made while somebody has the
+/// windows read out has no role but its own, and a radio button loses some memory then.
+Item {
     id: root
 
+    required property string text
     required property string symbol
     required property string caption
     required property bool hasMenuBar
@@ -15,27 +16,38 @@ T.RadioButton {
     /// Whether Tab comes to it; among the cards the arrow keys go.
     required property bool isTabStop
 
+    signal clicked
+
     implicitHeight: content.implicitHeight + 2 * Tokens.sp8 + 2 * Tokens.sp2
-    checkable: false
-    checked: isSelected
-    autoExclusive: false
-    hoverEnabled: true
-    focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
+    activeFocusOnTab: isTabStop || activeFocus
+    Accessible.role: Accessible.RadioButton
+    Accessible.focusable: true
     Accessible.name: qsTr("%1, %2").arg(text).arg(caption)
     Accessible.checkable: true
+    Accessible.checked: isSelected
     Accessible.onPressAction: clicked()
+    Keys.onSpacePressed: clicked()
     onIsSelectedChanged: {
         if (isSelected && Window.activeFocusItem?.parent === parent)
-            forceActiveFocus(Qt.TabFocusReason);
+            forceActiveFocus();
     }
 
-    background: RaisedSurface {
-        hovered: root.hovered && !root.isSelected
+    RaisedSurface {
+        anchors.fill: parent
+        hovered: pointer.hovered && !root.isSelected
         border.width: root.isSelected ? 2 : Tokens.borderWidth
         border.color: root.isSelected ? Theme.ink : Theme.line
     }
 
+    HoverHandler {
+        id: pointer
+    }
+    TapHandler {
+        onTapped: root.clicked()
+    }
+    // Only the keyboard gives it the focus.
     FocusRing {
+        visible: root.activeFocus
         targetRadius: Tokens.radiusRow
     }
     Column {
