@@ -13,6 +13,12 @@
 namespace vantry {
 namespace {
 
+/// Where a value of the square lies.
+std::size_t indexOf(int x, int y, int side)
+{
+    return std::size_t(y) * std::size_t(side) + std::size_t(x);
+}
+
 /// Blurs the rows of a square of values by the kernel, and turns it over its diagonal: twice blurs it both ways.
 std::vector<float> blurredAndTurned(const std::vector<float> &values, int side, const std::vector<float> &kernel)
 {
@@ -21,11 +27,12 @@ std::vector<float> blurredAndTurned(const std::vector<float> &values, int side, 
     for (int y = 0; y < side; ++y) {
         for (int x = 0; x < side; ++x) {
             float sum = 0;
-            for (int k = -reach; k <= reach; ++k) {
+            std::size_t tap = 0;
+            for (int k = -reach; k <= reach; ++k, ++tap) {
                 if (x + k >= 0 && x + k < side)
-                    sum += kernel[std::size_t(k + reach)] * values[std::size_t(y * side + x + k)];
+                    sum += kernel[tap] * values[indexOf(x + k, y, side)];
             }
-            result[std::size_t(x * side + y)] = sum;
+            result[indexOf(y, x, side)] = sum;
         }
     }
     return result;
@@ -87,7 +94,7 @@ ShadowImage::ShadowImage(const Elevation &elevation, qreal radius, const QColor 
     for (int y = 0; y < side; ++y) {
         for (int x = 0; x < side; ++x) {
             auto pixel = color;
-            pixel.setAlphaF(values[std::size_t(y * side + x)] * float(elevation.opacity));
+            pixel.setAlphaF(values[indexOf(x, y, side)] * float(elevation.opacity));
             m_image.setPixel(x, y, qPremultiply(pixel.rgba()));
         }
     }
