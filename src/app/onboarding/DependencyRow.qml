@@ -13,11 +13,11 @@ Item {
     required property string hint
     required property dependencyStatus status
 
-    readonly property string statusText: status.isFound ? qsTr("Found") : status.isMissing ? qsTr("Not found") : status.isChecking ? qsTr("Checking") : ""
+    readonly property string statusText: status.isFound ? qsTr("Found, %1").arg(status.path) : status.isMissing ? qsTr("Not found") : status.isChecking ? qsTr("Checking") : ""
 
     implicitHeight: 57
     Accessible.role: Accessible.ListItem
-    Accessible.name: [title, statusText, status.path].filter(text => text !== "").join(", ")
+    Accessible.name: statusText === "" ? title : qsTr("%1, %2").arg(title).arg(statusText)
 
     Symbol {
         id: picture
