@@ -21,6 +21,7 @@ T.RadioButton {
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
     Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
     Accessible.checkable: true

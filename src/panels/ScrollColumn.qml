@@ -21,11 +21,10 @@ Flickable {
         return item !== null && (item === column || holds(item.parent));
     }
 
-    function showFocus() {
-        if (!holds(focusItem))
-            return;
-        const top = focusItem.mapToItem(contentItem, 0, 0).y - margins;
-        const bottom = top + focusItem.height + 2 * margins;
+    /// Scrolls an item of the column into view.
+    function show(item: Item) {
+        const top = item.mapToItem(contentItem, 0, 0).y - margins;
+        const bottom = top + item.height + 2 * margins;
         contentY = Math.max(0, Math.min(top, Math.max(contentY, bottom - height)));
     }
 
@@ -34,7 +33,10 @@ Flickable {
     contentHeight: column.implicitHeight + column.y + margins
     boundsBehavior: Flickable.StopAtBounds
     T.ScrollBar.vertical: ThinScrollBar {}
-    onFocusItemChanged: showFocus()
+    onFocusItemChanged: {
+        if (holds(focusItem))
+            show(focusItem);
+    }
 
     Column {
         id: column

@@ -62,6 +62,7 @@ Rectangle {
                 Accessible.checkable: true
                 Accessible.checked: isSelected
                 Accessible.onPressAction: clicked()
+                Accessible.onToggleAction: clicked()
                 Keys.onLeftPressed: root.go(mirrored ? index + 1 : index - 1)
                 Keys.onRightPressed: root.go(mirrored ? index - 1 : index + 1)
                 Keys.onUpPressed: root.go(index - 1)

@@ -313,6 +313,7 @@ TEST_F(SettingsViewTest, installsTheHookAndSaysSo)
     EXPECT_TRUE(message->isVisible());
     EXPECT_TRUE(message->property("selectByMouse").toBool());
     EXPECT_GT(message->property("lineCount").toInt(), 0);
+    EXPECT_LE(message->mapRectToScene(message->boundingRect()).bottom(), 480) << "scrolled into view";
 }
 
 TEST_F(SettingsViewTest, takesTheTokenOverWhenTheUserIsDone)

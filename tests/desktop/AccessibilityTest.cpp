@@ -94,8 +94,14 @@ TEST_F(AccessibilityDesktopTest, theSettingsAreReadOutAndFlippedByAScreenReader)
 
     EXPECT_TRUE(tree.press(*sounds));
     EXPECT_TRUE(stores(R"("sounds_enabled": false)"));
+    EXPECT_TRUE(tree.toggle(*sounds));
+    EXPECT_TRUE(stores(R"("sounds_enabled": true)"));
     EXPECT_TRUE(tree.press(*mode));
     EXPECT_TRUE(stores(R"("displayMode": "both")"));
+    const auto menuBar = waitFor(AccessibleTree::RadioButton, u"Menu Bar"_s);
+    ASSERT_TRUE(menuBar);
+    EXPECT_TRUE(tree.toggle(*menuBar));
+    EXPECT_TRUE(stores(R"("displayMode": "menuBar")"));
     EXPECT_TRUE(tree.press(*telegram));
     EXPECT_TRUE(waitFor(AccessibleTree::PasswordText, {})) << "that of the bot's token";
 }

@@ -26,6 +26,7 @@ Item {
     Accessible.checkable: true
     Accessible.checked: isSelected
     Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
     Keys.onSpacePressed: clicked()
     onIsSelectedChanged: {
         if (isSelected && Window.activeFocusItem?.parent === parent)

@@ -14,7 +14,10 @@ SettingsPage {
             outcome: root.model.showResetConfirmation ? qsTr("Reset! Restart to see onboarding.") : ""
             action: qsTr("Reset")
             actionName: "resetOnboarding"
-            onActed: root.model.resetOnboarding()
+            onActed: {
+                root.model.resetOnboarding();
+                root.announce(outcome);
+            }
         }
     }
     SettingsGroup {

@@ -53,7 +53,14 @@ SettingsPage {
         model: root.model
     }
     HookSettings {
+        id: hook
+
         model: root.model
+        onTold: outcome => {
+            root.announce(outcome);
+            // It has its place by then.
+            Qt.callLater(root.show, hook);
+        }
     }
     SettingsGroup {
         title: qsTr("Sounds")

@@ -8,10 +8,20 @@ ScrollColumn {
 
     default property alias groups: column.data
 
+    /// Has screen readers say what has come of something.
+    function announce(outcome: string) {
+        announcer.announce(outcome);
+    }
+
     margins: Tokens.sp20
     marginAbove: Tokens.sp12 + Tokens.sp2
     ground: Theme.page
 
+    Announcer {
+        id: announcer
+
+        parent: root
+    }
     Column {
         id: column
 

@@ -9,6 +9,14 @@ namespace vantry {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr QSizeF smallest(440, 480);
+/// All of the first tab, with what it may have to say.
+constexpr QSizeF first(440, 740);
+
+} // namespace
+
 SettingsWindow::SettingsWindow(QQmlEngine &engine, const Appearance &appearance, const SettingsServices &services)
     : QQuickView(&engine, nullptr)
     , m_appearance(appearance)
@@ -17,6 +25,7 @@ SettingsWindow::SettingsWindow(QQmlEngine &engine, const Appearance &appearance,
     setTitle(tr("Settings"));
     setResizeMode(QQuickView::SizeRootObjectToView);
     takeTextScale();
+    resize(fitting(first));
     connect(&m_appearance, &Appearance::changed, this, &SettingsWindow::takeTextScale);
     setInitialProperties({ { u"model"_s, QVariant::fromValue(&m_model) } });
     setSource(QUrl(u"qrc:/qt/qml/Vantry/App/SettingsView.qml"_s));
@@ -26,10 +35,14 @@ SettingsWindow::~SettingsWindow() = default;
 
 void SettingsWindow::takeTextScale()
 {
-    constexpr QSizeF smallest(440, 480);
-    const QSize wanted = (smallest * m_appearance.preferences().textScale).toSize();
-    setMinimumSize(wanted.boundedTo(screen()->availableSize()));
+    setMinimumSize(fitting(smallest));
     resize(size().expandedTo(minimumSize()));
+}
+
+QSize SettingsWindow::fitting(QSizeF size) const
+{
+    constexpr QSize frame(0, 40);
+    return (size * m_appearance.preferences().textScale).toSize().boundedTo(screen()->availableSize() - frame);
 }
 
 } // namespace vantry

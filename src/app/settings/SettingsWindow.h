@@ -24,6 +24,8 @@ public:
 
 private:
     void takeTextScale();
+    /// The size in the desktop's text scale, as far as the screen allows.
+    [[nodiscard]] QSize fitting(QSizeF size) const;
 
     const Appearance &m_appearance;
     SettingsViewModel &m_model; ///< A child: it goes after the views.

@@ -59,12 +59,22 @@ bool AccessibleTree::hasFocus(const Object &object) const
 
 bool AccessibleTree::press(const Object &object) const
 {
+    return act(object, u"Press"_s);
+}
+
+bool AccessibleTree::toggle(const Object &object) const
+{
+    return act(object, u"Toggle"_s);
+}
+
+bool AccessibleTree::act(const Object &object, const QString &wanted) const
+{
     const QString action = u"org.a11y.atspi.Action"_s;
     for (int i = 0;; ++i) {
         const QString name = call(object, action, u"GetName"_s, { i }).arguments().value(0).toString();
         if (name.isEmpty())
             return false;
-        if (name == u"Press")
+        if (name == wanted)
             return call(object, action, u"DoAction"_s, { i }).arguments().value(0).toBool();
     }
 }

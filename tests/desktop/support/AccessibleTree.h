@@ -42,8 +42,11 @@ public:
     [[nodiscard]] bool hasFocus(const Object &object) const;
     /// As a screen reader does for its user. Whether the program took it.
     [[nodiscard]] bool press(const Object &object) const;
+    /// The same for what can be checked: some screen readers toggle it.
+    [[nodiscard]] bool toggle(const Object &object) const;
 
 private:
+    [[nodiscard]] bool act(const Object &object, const QString &wanted) const;
     [[nodiscard]] QDBusMessage call(const Object &object, const QString &interface, const QString &method,
                                     const QVariantList &arguments = {}) const;
     [[nodiscard]] std::vector<Object> childrenOf(const Object &object) const;
