@@ -8,9 +8,10 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QProcess>
-#include <QStorageInfo>
 
 #include <sqlite3.h>
+
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <cstring>
@@ -31,6 +32,21 @@ constexpr qint64 largestLookedThrough = 200LL * 1024 * 1024;
 QString sizeText(qint64 bytes)
 {
     return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+struct Disk
+{
+    bool isReadOnly { false };
+    std::optional<qint64> freeBytes {}; ///< For this user, where it is known.
+};
+
+/// Asks the kernel, which knows it also where there is no list of what is mounted.
+Disk diskOf(const QString &path)
+{
+    struct statvfs answer = {};
+    if (statvfs(QFile::encodeName(path).constData(), &answer) != 0)
+        return {};
+    return { (answer.f_flag & ST_RDONLY) != 0, static_cast<qint64>(answer.f_bavail * answer.f_frsize) };
 }
 
 QString systemError(int error)
@@ -183,7 +199,8 @@ DoctorCheck DoctorChecks::dataFolder() const
     }
     constexpr auto others =
         QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    if (folder.isDir() && QStorageInfo(path).isReadOnly()) {
+    const Disk disk = diskOf(path);
+    if (folder.isDir() && disk.isReadOnly) {
         check.detail = u"%1 is on a disk that is mounted to be read only"_s.arg(path);
         check.advice = u"Mount that disk so that it can be written to"_s;
     } else if (!folder.isDir() || !folder.isWritable()) {
@@ -193,12 +210,14 @@ DoctorCheck DoctorChecks::dataFolder() const
         check.detail = u"%1 is open to other users"_s.arg(path);
         check.advice = u"Run \"chmod 700 %1\""_s.arg(path);
         check.weight = Weight::Helpful;
-    } else if (const qint64 free = QStorageInfo(path).bytesAvailable(); free < scarceBytes) {
-        check.detail = u"Only %1 are free for %2"_s.arg(sizeText(free), path);
+    } else if (disk.freeBytes && *disk.freeBytes < scarceBytes) {
+        check.detail = u"Only %1 are free for %2"_s.arg(sizeText(*disk.freeBytes), path);
         check.advice = u"Make room on that disk: what can't be written is lost"_s;
     } else {
         check.ok = true;
-        check.detail = u"%1 is yours alone, %2 are free"_s.arg(path, sizeText(free));
+        check.detail = u"%1 is yours alone"_s.arg(path);
+        if (disk.freeBytes)
+            check.detail += u", %1 are free"_s.arg(sizeText(*disk.freeBytes));
     }
     return check;
 }
