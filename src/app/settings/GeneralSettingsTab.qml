@@ -15,6 +15,14 @@ SettingsPage {
             model.refresh();
     }
 
+    Connections {
+        target: root.model
+
+        function onHookTold(outcome: string) {
+            hook.hasNews = true;
+            root.announce(outcome);
+        }
+    }
     SettingsGroup {
         SwitchRow {
             isFirst: true
@@ -55,11 +63,14 @@ SettingsPage {
     HookSettings {
         id: hook
 
+        property bool hasNews: false
+
         model: root.model
-        onTold: outcome => {
-            root.announce(outcome);
-            // It has its place by then.
-            Qt.callLater(root.show, hook);
+        // Only now the outcome has its place.
+        onHeightChanged: {
+            if (hasNews)
+                root.show(hook);
+            hasNews = false;
         }
     }
     SettingsGroup {

@@ -223,7 +223,10 @@ void GeneralSettingsTabModel::installHook()
                           .hasFailed = message.startsWith(u"Install failed"),
                           .message = message };
         },
-        [this](const Hook &hook) { takeHook(hook); });
+        [this](const Hook &hook) {
+            Q_EMIT hookTold(hook.message);
+            takeHook(hook);
+        });
 }
 
 void GeneralSettingsTabModel::takeHook(const Hook &hook)

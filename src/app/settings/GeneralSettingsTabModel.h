@@ -116,6 +116,8 @@ Q_SIGNALS:
     void displayModeNoteChanged();
     void notificationStatusChanged();
     void hookChanged();
+    /// An installation of the hook has ended so.
+    void hookTold(const QString &message);
     void ideChanged();
 
 private:

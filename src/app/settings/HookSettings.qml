@@ -10,9 +10,6 @@ SettingsGroup {
     required property GeneralSettingsTabModel model
     readonly property string state: !model.isHookKnown ? "" : model.isHookInstalled ? qsTr("installed") : qsTr("not installed")
 
-    /// What has come of installing it is there to be read.
-    signal told(string outcome)
-
     title: qsTr("Integration")
 
     Item {
@@ -61,10 +58,6 @@ SettingsGroup {
                 text: root.model.hookStatusMessage
                 font: Tokens.meta.font
                 color: root.model.hasHookFailed ? Theme.error : Theme.ready
-                onTextChanged: {
-                    if (text !== "")
-                        root.told(text);
-                }
             }
         }
         Button {
