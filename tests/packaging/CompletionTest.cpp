@@ -20,8 +20,8 @@ class Completion : public TestWithParam<const char *>
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QDir(m_scratch.path()).mkpath("bin") && QDir(m_scratch.path()).mkpath("work/folder"));
-        write("work/fofile", "");
+        ASSERT_TRUE(QDir(m_scratch.path()).mkpath("bin") && QDir(m_scratch.path()).mkpath("project/folder"));
+        write("project/fofile", "");
         write("status", "2 sessions, 1 needs an answer.\n"
                         "  ID        STATUS            PROJECT  BRANCH  UPDATED  LAST\n"
                         "! a1b2c3d4  Needs permission  shop     main    5m ago   a: \"b\" 'c' [d]\n"
@@ -59,7 +59,7 @@ protected:
         const ProgramResult result = runProgram(
             shell,
             { bare, QStringLiteral(VANTRY_COMPLETERS "/complete.") + shell, QStringLiteral(VANTRY_MADE "/") + file },
-            lines.join('\n').toUtf8() + '\n', environment, m_scratch.filePath("work"));
+            lines.join('\n').toUtf8() + '\n', environment, m_scratch.filePath("project"));
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.err, "");
         QList<QStringList> offered { {} };
@@ -158,7 +158,7 @@ TEST_P(Completion, offersSessions)
     EXPECT_THAT(offered[2], UnorderedElementsAre("a1b2c3d4", "f0f0f0f0"));
     EXPECT_THAT(offered[3], UnorderedElementsAre("b1b2c3d4"));
     EXPECT_THAT(offered[4], UnorderedElementsAre("b1b2c3d4"));
-    EXPECT_FALSE(QFile::exists(scratch() + "/work/broken"));
+    EXPECT_FALSE(QFile::exists(scratch() + "/project/broken"));
 }
 
 TEST_P(Completion, offersFoldersAndFilesWhereTheyBelong)
@@ -207,7 +207,7 @@ TEST_P(Completion, leavesOutSessionsThatAShellCouldTakeForSomethingElse)
                     "  *  Ready  shop\n  a;b  Ready  shop\n  good-1.2_3  Ready  shop\n");
 
     EXPECT_THAT(offeredAt("vantry allow "), UnorderedElementsAre("good-1.2_3"));
-    EXPECT_FALSE(QFile::exists(scratch() + "/work/broken"));
+    EXPECT_FALSE(QFile::exists(scratch() + "/project/broken"));
 }
 
 TEST_P(Completion, doesNotWaitForAVantryThatHangs)

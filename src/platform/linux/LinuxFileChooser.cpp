@@ -5,6 +5,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDir>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QUrl>
@@ -111,17 +112,12 @@ QString parentWindow()
 } // namespace
 
 LinuxFileChooser::LinuxFileChooser(const QString &busAddress)
-    : m_bus(busAddress)
+    : m_busAddress(busAddress)
 {
     qDBusRegisterMetaType<portal::Pattern>();
     qDBusRegisterMetaType<QList<portal::Pattern>>();
     qDBusRegisterMetaType<portal::FileFilter>();
     qDBusRegisterMetaType<QList<portal::FileFilter>>();
-    if (!m_bus.isConnected())
-        return;
-    m_watcher.setConnection(*m_bus);
-    m_watcher.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-    m_watcher.addWatchedService(service);
     connect(&m_watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
         if (!m_request.isEmpty())
             answer(std::nullopt);
@@ -140,7 +136,8 @@ void LinuxFileChooser::chooseFile(const QString &message, const Filter &filter, 
     m_message = message;
     m_filter = filter;
     m_chosen = std::move(chosen);
-    if (m_bus.isConnected())
+    connectToBus();
+    if (m_bus->isConnected())
         askPortal();
     else
         showToolkitDialog();
@@ -150,7 +147,7 @@ void LinuxFileChooser::cancel()
 {
     m_chosen = {};
     if (!m_request.isEmpty())
-        m_bus->send(QDBusMessage::createMethodCall(service, m_request, requestInterface, u"Close"_s));
+        (*m_bus)->send(QDBusMessage::createMethodCall(service, m_request, requestInterface, u"Close"_s));
     stopListening();
     if (m_dialog)
         delete m_dialog;
@@ -158,11 +155,23 @@ void LinuxFileChooser::cancel()
 
 // The portal
 
+void LinuxFileChooser::connectToBus()
+{
+    if (m_bus)
+        return;
+    m_bus.emplace(m_busAddress);
+    if (!m_bus->isConnected())
+        return;
+    m_watcher.setConnection(**m_bus);
+    m_watcher.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    m_watcher.addWatchedService(service);
+}
+
 void LinuxFileChooser::askPortal()
 {
     // Known before the call, so that no answer is missed, however fast it comes.
     const QString token = u"vantry%1"_s.arg(m_questions);
-    listen(u"%1/request/%2/%3"_s.arg(objectPath, m_bus->baseService().mid(1).replace(u'.', u'_'), token));
+    listen(u"%1/request/%2/%3"_s.arg(objectPath, (*m_bus)->baseService().mid(1).replace(u'.', u'_'), token));
 
     auto call = QDBusMessage::createMethodCall(service, objectPath, chooserInterface, u"OpenFile"_s);
     const QList<portal::FileFilter> filters { portalFilter(m_filter) };
@@ -172,7 +181,7 @@ void LinuxFileChooser::askPortal()
                           { u"multiple"_s, false },
                           { u"directory"_s, false },
                           { u"filters"_s, QVariant::fromValue(filters) } };
-    auto *watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(call, patience), this);
+    auto *watcher = new QDBusPendingCallWatcher((*m_bus)->asyncCall(call, patience), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, question = m_questions] {
         watcher->deleteLater();
         if (question != m_questions || m_request.isEmpty())
@@ -192,15 +201,15 @@ void LinuxFileChooser::askPortal()
 void LinuxFileChooser::listen(const QString &request)
 {
     m_request = request;
-    m_bus->connect(service, request, requestInterface, u"Response"_s, this, SLOT(takeResponse(uint, QVariantMap)));
+    (*m_bus)->connect(service, request, requestInterface, u"Response"_s, this, SLOT(takeResponse(uint, QVariantMap)));
 }
 
 void LinuxFileChooser::stopListening()
 {
     if (m_request.isEmpty())
         return;
-    m_bus->disconnect(service, std::exchange(m_request, {}), requestInterface, u"Response"_s, this,
-                      SLOT(takeResponse(uint, QVariantMap)));
+    (*m_bus)->disconnect(service, std::exchange(m_request, {}), requestInterface, u"Response"_s, this,
+                         SLOT(takeResponse(uint, QVariantMap)));
 }
 
 void LinuxFileChooser::takeResponse(uint response, const QVariantMap &results)
@@ -216,8 +225,8 @@ void LinuxFileChooser::takeResponse(uint response, const QVariantMap &results)
 
 void LinuxFileChooser::showToolkitDialog()
 {
-    m_dialog =
-        new QFileDialog(nullptr, m_message, QString(), u"%1 (%2)"_s.arg(m_filter.name, globsOf(m_filter).join(u' ')));
+    m_dialog = new QFileDialog(nullptr, m_message, QDir::homePath(),
+                               u"%1 (%2)"_s.arg(m_filter.name, globsOf(m_filter).join(u' ')));
     m_dialog->setAttribute(Qt::WA_DeleteOnClose);
     m_dialog->setFileMode(QFileDialog::ExistingFile);
     m_dialog->setAcceptMode(QFileDialog::AcceptOpen);

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include <optional>
+
 class QFileDialog;
 
 namespace vantry {
@@ -30,13 +32,15 @@ private Q_SLOTS:
     void takeResponse(uint response, const QVariantMap &results);
 
 private:
+    void connectToBus();
     void askPortal();
     void listen(const QString &request);
     void stopListening();
     void showToolkitDialog();
     void answer(const std::optional<QString> &path);
 
-    BusConnection m_bus;
+    const QString m_busAddress;
+    std::optional<BusConnection> m_bus; ///< From the first question on.
     QDBusServiceWatcher m_watcher;
     QString m_message; ///< Of the question that is asked, as are the others.
     Filter m_filter;

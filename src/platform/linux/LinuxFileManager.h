@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include <functional>
+#include <optional>
 
 namespace vantry {
 
@@ -30,8 +31,9 @@ public:
 private:
     void openFolderOf(const QString &path);
 
+    const QString m_busAddress;
     const Open m_open;
-    BusConnection m_bus;
+    std::optional<BusConnection> m_bus; ///< From the first use on.
     WorkerPool m_workers { 1, WorkerPool::Priority::Normal };
 };
 
