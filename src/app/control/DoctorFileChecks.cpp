@@ -1,5 +1,6 @@
 #include "app/control/DoctorChecks.h"
 
+#include "base/DesktopEntry.h"
 #include "base/Files.h"
 #include "base/JsonText.h"
 
@@ -7,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QProcess>
 
 #include <sqlite3.h>
 
@@ -153,34 +153,6 @@ std::optional<QString> placeOfDefect(const std::string &text)
     return std::nullopt;
 }
 
-/// The keys of a desktop entry's main group.
-class DesktopEntry
-{
-public:
-    explicit DesktopEntry(const std::string &text)
-    {
-        bool inMainGroup = false;
-        for (const QString &line : QString::fromStdString(text).split(u'\n')) {
-            if (line.startsWith(u'['))
-                inMainGroup = line.trimmed() == u"[Desktop Entry]";
-            else if (inMainGroup && line.contains(u'='))
-                m_lines.append(line);
-        }
-    }
-
-    [[nodiscard]] QString value(const QString &key) const
-    {
-        for (const QString &line : m_lines) {
-            if (line.section(u'=', 0, 0).trimmed() == key)
-                return line.section(u'=', 1).trimmed();
-        }
-        return {};
-    }
-
-private:
-    QStringList m_lines;
-};
-
 } // namespace
 
 DoctorCheck DoctorChecks::dataFolder() const
@@ -309,9 +281,9 @@ DoctorCheck DoctorChecks::autostart() const
         return check;
     }
     const DesktopEntry entry(*content.bytes);
-    if (entry.value(u"Hidden"_s) == u"true" || entry.value(u"X-GNOME-Autostart-enabled"_s) == u"false")
+    if (entry.isSwitchedOff())
         return check;
-    const QString program = QProcess::splitCommand(entry.value(u"Exec"_s)).value(0);
+    const QString program = entry.program();
     const QFileInfo file(program);
     check.ok = file.isAbsolute() ? file.isFile() && file.isExecutable() : !find(program).isEmpty();
     check.detail = check.ok ? u"Vantry is started at login, as %1"_s.arg(program)

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxLoginItem.h"
 
+#include "base/DesktopEntry.h"
 #include "base/Files.h"
 
 #include <QDir>
@@ -25,28 +26,6 @@ QString errorText(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
-/// The values of an entry's main group, by key.
-QHash<QString, QString> mainGroupOf(const std::string &bytes)
-{
-    QHash<QString, QString> values;
-    bool isInMainGroup = false;
-    const QString text = QString::fromStdString(bytes);
-    for (const QStringView untrimmed : QStringView(text).split(u'\n')) {
-        const QStringView line = untrimmed.trimmed();
-        if (line.startsWith(u'['))
-            isInMainGroup = line == u"[Desktop Entry]";
-        const qsizetype separator = line.indexOf(u'=');
-        if (isInMainGroup && separator > 0 && !line.startsWith(u'#'))
-            values.insert(line.first(separator).trimmed().toString(), line.sliced(separator + 1).trimmed().toString());
-    }
-    return values;
-}
-
-bool isTrue(const QString &value)
-{
-    return value == u"true" || value == u"1";
-}
-
 /// The text as a string value of an entry.
 QString escaped(QString text)
 {
@@ -67,10 +46,8 @@ bool LinuxLoginItem::isEnabled() const
     const FileContent content = readRegularFile(QFile::encodeName(m_file).toStdString());
     if (!content.bytes)
         return false;
-    const auto values = mainGroupOf(*content.bytes);
-    // "X-GNOME-Autostart-enabled" is what older desktops switch off with.
-    return !values.value(u"Exec"_s).isEmpty() && !isTrue(values.value(u"Hidden"_s)) &&
-           isTrue(values.value(u"X-GNOME-Autostart-enabled"_s, u"true"_s));
+    const DesktopEntry entry(*content.bytes);
+    return !entry.isSwitchedOff() && !entry.program().isEmpty();
 }
 
 std::optional<QString> LinuxLoginItem::setEnabled(bool isEnabled)
